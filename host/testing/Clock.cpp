@@ -1,0 +1,67 @@
+#include "testing/Clock.h"
+
+#include <thread>
+
+#include <unistd.h>
+
+namespace quill::host {
+
+namespace {
+
+using Wall = std::chrono::steady_clock;
+
+/** From `origin` on, this clock has run `originUs` and goes at 1 / `wallPerUs`. */
+struct Pace {
+    std::mutex lock;
+    Wall::time_point origin = Wall::now();
+    double originUs = 0.0;
+    double wallPerUs = 1.0;
+
+    double nowUs() const {
+        return originUs + std::chrono::duration<double, std::micro>(Wall::now() - origin).count() / wallPerUs;
+    }
+};
+
+Pace& pace() {
+    static Pace* const kept = new Pace;  // outlives every thread that may still wait at exit
+    return *kept;
+}
+
+}  // namespace
+
+Clock& Clock::instance() {
+    static Clock clock;
+    return clock;
+}
+
+void Clock::setScale(double wallPerMicrosecond) {
+    const std::lock_guard<std::mutex> guard(pace().lock);
+    pace().originUs = pace().nowUs();  // time goes on from where it is
+    pace().origin = Wall::now();
+    pace().wallPerUs = wallPerMicrosecond;
+}
+
+double Clock::scale() const {
+    const std::lock_guard<std::mutex> guard(pace().lock);
+    return pace().wallPerUs;
+}
+
+int64_t Clock::nowUs() const {
+    const std::lock_guard<std::mutex> guard(pace().lock);
+    return static_cast<int64_t>(pace().nowUs());
+}
+
+void Clock::sleepUs(int64_t microseconds) const { std::this_thread::sleep_for(toWall(microseconds)); }
+
+std::chrono::nanoseconds Clock::toWall(int64_t microseconds) const {
+    return std::chrono::nanoseconds(static_cast<int64_t>(static_cast<double>(microseconds) * 1000.0 * scale()));
+}
+
+}  // namespace quill::host
+
+// The library polls with usleep. Found ahead of the C library's in any program that links the stand-in
+// directly, this one puts those polls on the same clock as the codec's waits.
+extern "C" int usleep(useconds_t microseconds) {
+    quill::host::Clock::instance().sleepUs(microseconds);
+    return 0;
+}

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+
+namespace quill::host {
+
+/** What happens to one platform call in place of, or on top of, its normal course. */
+struct Fault {
+    enum class Kind {
+        kStatus,        ///< the call does nothing and returns `status` (a null pointer where it returns one)
+        kLate,          ///< the call sleeps `delayUs` on the stand-in's clock, then takes its course
+        kStall,         ///< the call blocks until `Faults::release`, then takes its course
+        kNullBuffer,    ///< the buffer handed out has no memory
+        kShortBuffer,   ///< the buffer handed out holds `size` bytes
+        kFormatChange,  ///< an additional format change is reported first
+        kNoOutput,      ///< the work is swallowed: nothing ever comes out for it
+    };
+    Kind kind = Kind::kStatus;
+    int32_t status = 0;
+    int64_t delayUs = 0;
+    size_t size = 0;
+
+    static Fault failing(int32_t status) { return {Kind::kStatus, status, 0, 0}; }
+    static Fault late(int64_t delayUs) { return {Kind::kLate, 0, delayUs, 0}; }
+    static Fault stalling() { return {Kind::kStall, 0, 0, 0}; }
+    static Fault nullBuffer() { return {Kind::kNullBuffer, 0, 0, 0}; }
+    static Fault shortBuffer(size_t size) { return {Kind::kShortBuffer, 0, 0, size}; }
+    static Fault formatChange() { return {Kind::kFormatChange, 0, 0, 0}; }
+    static Fault noOutput() { return {Kind::kNoOutput, 0, 0, 0}; }
+};
+
+/**
+ * Faults on demand. Every call of the stand-in that a program of the platform can make asks `at` with
+ * its own name ("MediaCodec::configure", "property_get"); a test says beforehand which occurrence of
+ * which call goes wrong, and how. Thread-safe; one registry per process.
+ */
+class Faults {
+  public:
+    static Faults& instance();
+
+    /** Occurrences `first` to `first + count - 1` of `call`, counted from 1 since the last `reset`. */
+    void inject(const std::string& call, Fault fault, int first = 1, int count = 1);
+    /** How often each call was made since the last `reset`. */
+    std::map<std::string, int> occurrences() const;
+    /** Lets every stalled call go on, now and from now on. */
+    void release();
+    /** Forgets all faults and counts; lets stalled calls go on. */
+    void reset();
+
+    /**
+     * Counts one occurrence of `call` and acts out lateness and stalls. Returns the fault that the
+     * caller has to act out itself, or nothing when the call takes its normal course.
+     */
+    std::optional<Fault> at(const char* call);
+    /** `at`, for calls that know no other fault than a status. */
+    std::optional<int32_t> statusAt(const char* call);
+
+  private:
+    Faults() = default;
+    std::optional<Fault> count(const char* call);
+    void stall();
+};
+
+}  // namespace quill::host
