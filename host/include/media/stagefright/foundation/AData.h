@@ -1,0 +1,55 @@
+#pragma once
+
+#include <utility>
+#include <variant>
+
+namespace android {
+
+/** A value of one of the types Ts, all distinct, or none. */
+template <typename... Ts>
+struct AData {
+    class Basic {
+      public:
+        /** False when it holds nothing. */
+        bool used() const { return !std::holds_alternative<std::monostate>(mValue); }
+
+        /** Forgets the value. True when there was one. */
+        bool clear() {
+            const bool wasUsed = used();
+            mValue = std::monostate();
+            return wasUsed;
+        }
+
+        /** Replaces the value. Always true. */
+        template <typename T>
+        bool set(const T& data) {
+            mValue.template emplace<T>(data);
+            return true;
+        }
+        template <typename T, typename = std::enable_if_t<!std::is_lvalue_reference_v<T>>>
+        bool set(T&& data) {
+            mValue.template emplace<std::decay_t<T>>(std::move(data));
+            return true;
+        }
+
+        /** Copies the value out when it is exactly a T: nothing is converted. */
+        template <typename T>
+        bool find(T* data) const {
+            const T* const held = std::get_if<T>(&mValue);
+            if (held == nullptr) return false;
+            *data = *held;
+            return true;
+        }
+
+        /** `find`, then `clear` when it was found. */
+        template <typename T>
+        bool remove(T* data) {
+            return find(data) && clear();
+        }
+
+      private:
+        std::variant<std::monostate, Ts...> mValue;
+    };
+};
+
+}  // namespace android

@@ -1,0 +1,239 @@
+#include <cutils/properties.h>
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <log/log.h>
+#include <pthread.h>
+#include <stdlib.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#define ATRACE_TAG ATRACE_TAG_GRAPHICS
+#include <utils/Trace.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "system/BuildProp.h"
+#include "system/Device.h"
+#include "testing/Faults.h"
+
+namespace quill::host {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
+using ::testing::Not;
+using ::testing::Pair;
+
+std::string get(const char* key, const char* fallback = "fallback") {
+    char value[PROPERTY_VALUE_MAX];
+    const int length = property_get(key, value, fallback);
+    EXPECT_EQ(static_cast<size_t>(length), std::string(value).size());
+    return value;
+}
+
+std::string readFile(const std::string& path) {
+    std::ifstream file(path);
+    return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
+/** A device folder of the test's own. */
+class Device : public ::testing::Test {
+  protected:
+    Device() {
+        mFolder = ::testing::TempDir() + "quill-device-" + std::to_string(getpid());
+        std::filesystem::create_directories(mFolder);
+        std::ofstream(mFolder + "/build.prop") << "# a comment\n\n ro.soc.model = lab7 \r\nro.empty=\nno equals sign\n"
+                                               << "ro.twice=1\nro.twice=2=3\nro.long=" << std::string(100, 'x') << "\n";
+        setenv("QUILL_DEVICE", mFolder.c_str(), 1);
+        unsetenv("QUILL_PROPERTIES");
+    }
+    ~Device() override { std::filesystem::remove_all(mFolder); }
+
+    std::string mFolder;
+};
+
+TEST_F(Device, PropertiesComeFromItsBuildProp) {
+    EXPECT_EQ("lab7", get("ro.soc.model"));
+    EXPECT_EQ("2=3", get("ro.twice"));
+    EXPECT_EQ("fallback", get("ro.empty"));
+    EXPECT_EQ("fallback", get("ro.unset"));
+    EXPECT_EQ("", get("ro.unset", nullptr));
+    EXPECT_EQ(std::string(PROPERTY_VALUE_MAX - 1, 'x'), get("ro.long"));
+    EXPECT_EQ(std::string(PROPERTY_VALUE_MAX - 1, 'd'), get("ro.unset", std::string(200, 'd').c_str()));
+}
+
+TEST_F(Device, EnvironmentOverridesItAtEveryCallAndSetOverridesBoth) {
+    setenv("QUILL_PROPERTIES", "ro.other=1,ro.soc.model=bench", 1);
+    EXPECT_EQ("bench", get("ro.soc.model"));
+    setenv("QUILL_PROPERTIES", "ro.soc.model=", 1);
+    EXPECT_EQ("fallback", get("ro.soc.model"));
+    EXPECT_EQ(0, property_set("ro.soc.model", "set"));
+    EXPECT_EQ("set", get("ro.soc.model"));
+    EXPECT_LT(property_set("ro.soc.model", std::string(PROPERTY_VALUE_MAX, 'x').c_str()), 0);
+    EXPECT_LT(property_set("", "x"), 0);
+    EXPECT_EQ("set", get("ro.soc.model"));
+}
+
+TEST_F(Device, NumbersAndSwitchesFallBackOnWhatIsNeither) {
+    setenv("QUILL_PROPERTIES", "a=0x22,b=34 people,c=many,d=5000000000,e=on,f=No,g=99999999999999999999", 1);
+    EXPECT_EQ(34, property_get_int32("a", -1));
+    EXPECT_EQ(34, property_get_int32("b", -1));
+    EXPECT_EQ(-1, property_get_int32("c", -1));
+    EXPECT_EQ(-1, property_get_int32("d", -1));
+    EXPECT_EQ(5000000000, property_get_int64("d", -1));
+    EXPECT_EQ(-1, property_get_int64("g", -1));
+    EXPECT_EQ(1, property_get_bool("e", 0));
+    EXPECT_EQ(1, property_get_bool("f", 1));
+}
+
+TEST_F(Device, ReadFailsOnDemand) {
+    Faults::instance().reset();
+    Faults::instance().inject("property_get", Fault::failing(-1), 2);
+    EXPECT_EQ("lab7", get("ro.soc.model"));
+    EXPECT_EQ("fallback", get("ro.soc.model"));
+    EXPECT_EQ("lab7", get("ro.soc.model"));
+}
+
+TEST(BuildProp, OverrideIsFoundByItsWholeKeyOnly) {
+    EXPECT_EQ(std::nullopt, findOverride("ro.soc.model=a", "ro.soc"));
+    EXPECT_EQ("b", findOverride(",,x, ro.soc = b ,", "ro.soc"));
+    EXPECT_THAT(parseBuildProp("=x\n#a=b\nc=d"), ElementsAre(Pair("c", "d")));
+}
+
+std::vector<std::string>* gLines = nullptr;
+
+void collectLine(const __android_logger_data* line, const char* message) {
+    gLines->push_back(std::to_string(line->priority) + " " + line->tag + ": " + message);
+}
+
+TEST(DeviceLookUp, UnknownDeviceIsReportedOnceWithTheKnownOnes) {
+    std::vector<std::string> lines;
+    gLines = &lines;
+    __android_log_set_logger(collectLine);
+    setenv("QUILL_DEVICE", "no-such-device", 1);
+    EXPECT_THAT(deviceFolder(), EndsWith("/no-such-device"));
+    EXPECT_EQ("fallback", get("ro.soc.model"));
+    EXPECT_THAT(lines, ElementsAre(HasSubstr("6 QuillPlatform: QUILL_DEVICE: there is no device folder")));
+}
+
+TEST(DeviceLookUp, DefaultIsTheWorkstation) {
+    unsetenv("QUILL_DEVICE");
+    EXPECT_THAT(deviceFolder(), EndsWith("/devices/workstation"));
+}
+
+TEST(Log, LoggerOfAProgramSeesEveryLevel) {
+    std::vector<std::string> lines;
+    gLines = &lines;
+    __android_log_set_logger(collectLine);
+    __android_log_print(ANDROID_LOG_VERBOSE, "Tag", "line %d", 1);
+    EXPECT_THAT(lines, ElementsAre("2 Tag: line 1"));
+}
+
+/** What this program, run once more behind `command` for the case below only, writes to standard error. */
+std::string errorsOf(const std::string& command) {
+    const std::string program = std::filesystem::read_symlink("/proc/self/exe");
+    FILE* const pipe = popen(
+            ("exec 2>&1 >/dev/null; " + command + " " + program + " --gtest_filter=Child.LogsOneLinePerLevel").c_str(),
+            "r");
+    std::string text;
+    for (int c = fgetc(pipe); c != EOF; c = fgetc(pipe)) text += static_cast<char>(c);
+    pclose(pipe);
+    return text;
+}
+
+// What the level does is decided when a process starts, so this one's output is looked at from outside.
+TEST(Child, LogsOneLinePerLevel) {
+    for (int priority = ANDROID_LOG_VERBOSE; priority <= ANDROID_LOG_ERROR; ++priority) {
+        __android_log_print(priority, "Tag", "said");
+    }
+}
+
+TEST(Log, PrintsNothingUnlessAskedAndThenFromTheLevelUp) {
+    EXPECT_EQ("", errorsOf("env -u QUILL_LOG"));
+    EXPECT_EQ("", errorsOf("QUILL_LOG=silent"));
+    EXPECT_EQ("E Tag: said\n", errorsOf("QUILL_LOG=error"));
+    EXPECT_EQ("I Tag: said\nW Tag: said\nE Tag: said\n", errorsOf("QUILL_LOG=info"));
+    EXPECT_THAT(errorsOf("QUILL_LOG=verbose"), HasSubstr("V Tag: said\nD Tag: said\n"));
+    EXPECT_THAT(errorsOf("QUILL_LOG=loud"), HasSubstr("QUILL_LOG=loud is not a level"));
+}
+
+class Trace : public ::testing::Test {
+  protected:
+    Trace() {
+        mPath = ::testing::TempDir() + "quill-trace-" + std::to_string(getpid()) + ".json";
+        setenv("QUILL_TRACE", mPath.c_str(), 1);
+    }
+    ~Trace() override { std::filesystem::remove(mPath); }
+
+    /** Runs `body` in a child process and returns the trace that it leaves. */
+    template <typename Body>
+    std::string traceOf(Body body) {
+        const pid_t child = fork();
+        if (child == 0) body();
+        int status = 0;
+        waitpid(child, &status, 0);
+        EXPECT_TRUE(WIFEXITED(status)) << "status " << status;
+        return readFile(mPath);
+    }
+
+    std::string mPath;
+};
+
+void traceTwoThreads() {
+    ATRACE_NAME("outer \"quoted\"\n");
+    std::thread other([] {
+        pthread_setname_np(pthread_self(), "worker");
+        ATRACE_NAME("inner");
+        ATRACE_INT("queued", 3);
+    });
+    other.join();
+}
+
+size_t count(const std::string& text, const std::string& part) {
+    size_t found = 0;
+    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++found;
+    return found;
+}
+
+TEST_F(Trace, SectionsOfAllThreadsAreWellFormedJsonAfterExit) {
+    const std::string trace = traceOf([] {
+        traceTwoThreads();
+        exit(0);
+    });
+    EXPECT_EQ(2u, count(trace, "\"ph\":\"B\"")) << trace;
+    EXPECT_EQ(2u, count(trace, "\"ph\":\"E\"")) << trace;
+    EXPECT_EQ(2u, count(trace, "\"thread_name\"")) << trace;
+    EXPECT_THAT(trace, HasSubstr("\"name\":\"outer \\\"quoted\\\"?\""));
+    EXPECT_THAT(trace, HasSubstr("\"args\":{\"name\":\"worker\"}"));
+    EXPECT_THAT(trace, HasSubstr("\"name\":\"queued\",\"args\":{\"value\":3}"));
+    EXPECT_THAT(trace, EndsWith("}\n]\n"));
+}
+
+TEST_F(Trace, IsThereWhenTheProcessDies) {
+    const std::string trace = traceOf([] {
+        traceTwoThreads();
+        _exit(1);
+    });
+    EXPECT_EQ(2u, count(trace, "\"ph\":\"E\"")) << trace;
+    EXPECT_THAT(trace, EndsWith("}"));
+}
+
+TEST(TraceTags, AreOffWithoutAFile) {
+    unsetenv("QUILL_TRACE");
+    EXPECT_FALSE(ATRACE_ENABLED());
+}
+
+TEST(TraceTags, AreOffWhenTheFileCannotBeWritten) {
+    setenv("QUILL_TRACE", "/dev/null/trace.json", 1);
+    EXPECT_FALSE(ATRACE_ENABLED());
+}
+
+}  // namespace
+}  // namespace quill::host
