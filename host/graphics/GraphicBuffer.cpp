@@ -1,0 +1,115 @@
+#define LOG_TAG "GraphicBuffer"
+
+#include <ui/GraphicBuffer.h>
+
+#include <cstdlib>
+
+#include <log/log.h>
+
+#include "graphics/PixelLayout.h"
+#include "testing/Faults.h"
+
+namespace android {
+
+using quill::host::Fault;
+using quill::host::Faults;
+using quill::host::layoutOf;
+using quill::host::PixelLayout;
+
+namespace {
+
+constexpr uint64_t kReadMask = GRALLOC_USAGE_SW_READ_MASK;
+constexpr uint64_t kWriteMask = GRALLOC_USAGE_SW_WRITE_MASK;
+
+/** Levels, not bits: reading rarely is allowed where reading often is. */
+bool allows(uint64_t made, uint64_t wanted) {
+    return (wanted & kReadMask) <= (made & kReadMask) && (wanted & kWriteMask) <= (made & kWriteMask);
+}
+
+bool isSoftwareUsage(uint64_t usage) { return usage != 0 && (usage & ~(kReadMask | kWriteMask)) == 0; }
+
+}  // namespace
+
+sp<GraphicBuffer> GraphicBuffer::from(ANativeWindowBuffer* buffer) { return sp<GraphicBuffer>(getSelf(buffer)); }
+
+GraphicBuffer::GraphicBuffer(uint32_t inWidth, uint32_t inHeight, PixelFormat inFormat, uint32_t inLayerCount,
+                             uint64_t inUsage, std::string requestorName)
+        : mInitCheck(NO_INIT) {
+    const std::optional<PixelLayout> layout = layoutOf(inWidth, inHeight, inFormat);
+    mInitCheck = layout && inLayerCount == 1 ? allocate(layout->size) : BAD_VALUE;
+    if (mInitCheck != OK) {
+        ALOGE("%s: no buffer of %u layer(s) of %ux%u in format 0x%x: %d", requestorName.c_str(), inLayerCount, inWidth,
+              inHeight, static_cast<unsigned>(inFormat), mInitCheck);
+        return;
+    }
+    width = static_cast<int>(inWidth);
+    height = static_cast<int>(inHeight);
+    stride = static_cast<int>(layout->stride);
+    format = inFormat;
+    layerCount = inLayerCount;
+    usage = inUsage;
+    usage_deprecated = static_cast<int>(static_cast<uint32_t>(inUsage));
+}
+
+GraphicBuffer::~GraphicBuffer() {
+    if (handle != nullptr) native_handle_delete(const_cast<native_handle_t*>(handle));
+}
+
+status_t GraphicBuffer::allocate(size_t size) {
+    mMemory.reset(static_cast<uint8_t*>(calloc(size, 1)));
+    if (mMemory == nullptr) return NO_MEMORY;
+    mSize = size;
+    handle = native_handle_create(0 /* fds */, 0 /* ints */);
+    return handle == nullptr ? NO_MEMORY : OK;
+}
+
+void GraphicBuffer::FreeMemory::operator()(uint8_t* memory) const { free(memory); }
+
+ANativeWindowBuffer* GraphicBuffer::getNativeBuffer() const {
+    return static_cast<ANativeWindowBuffer*>(const_cast<GraphicBuffer*>(this));
+}
+
+status_t GraphicBuffer::lock(uint32_t inUsage, void** vaddr, int32_t* outBytesPerPixel, int32_t* outBytesPerStride) {
+    uint8_t* memory = nullptr;
+    const status_t locked = lockMemory(inUsage, &memory);
+    if (locked != OK) return locked;
+    const PixelLayout layout = *layoutOf(getWidth(), getHeight(), format);
+    if (vaddr != nullptr) *vaddr = memory;
+    if (outBytesPerPixel != nullptr) *outBytesPerPixel = static_cast<int32_t>(layout.bytesPerPixel);
+    if (outBytesPerStride != nullptr) *outBytesPerStride = static_cast<int32_t>(layout.bytesPerStride);
+    return OK;
+}
+
+status_t GraphicBuffer::lockYCbCr(uint32_t inUsage, android_ycbcr* ycbcr) {
+    const std::optional<PixelLayout> layout = layoutOf(getWidth(), getHeight(), format);
+    if (ycbcr == nullptr || (layout && layout->chromaOffset == 0)) return BAD_VALUE;
+    uint8_t* memory = nullptr;
+    const status_t locked = lockMemory(inUsage, &memory);
+    if (locked != OK) return locked;
+    *ycbcr = {};
+    ycbcr->ystride = layout->bytesPerStride;
+    ycbcr->cstride = layout->bytesPerStride;
+    ycbcr->chroma_step = size_t{2} * layout->bytesPerPixel;
+    if (memory == nullptr) return OK;
+    ycbcr->y = memory;
+    ycbcr->cb = memory + layout->chromaOffset;
+    ycbcr->cr = memory + layout->chromaOffset + layout->bytesPerPixel;
+    return OK;
+}
+
+status_t GraphicBuffer::lockMemory(uint32_t inUsage, uint8_t** memory) {
+    const std::optional<Fault> fault = Faults::instance().at("GraphicBuffer::lock");
+    if (fault && fault->kind == Fault::Kind::kStatus) return fault->status;
+    if (mInitCheck != OK) return NO_INIT;
+    if (!isSoftwareUsage(inUsage) || !allows(usage, inUsage)) return BAD_VALUE;
+    if (mLocked.exchange(true)) return INVALID_OPERATION;
+    *memory = fault && fault->kind == Fault::Kind::kNullBuffer ? nullptr : mMemory.get();
+    return OK;
+}
+
+status_t GraphicBuffer::unlock() {
+    if (const auto status = Faults::instance().statusAt("GraphicBuffer::unlock")) return *status;
+    return mLocked.exchange(false) ? OK : INVALID_OPERATION;
+}
+
+}  // namespace android

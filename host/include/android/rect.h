@@ -1,0 +1,14 @@
+#pragma once
+
+#include <stdint.h>
+
+/** Pixels; right and bottom are exclusive. */
+typedef struct ARect {
+#ifdef __cplusplus
+    typedef int32_t value_type;
+#endif
+    int32_t left;
+    int32_t top;
+    int32_t right;
+    int32_t bottom;
+} ARect;

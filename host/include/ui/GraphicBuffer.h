@@ -1,0 +1,89 @@
+#pragma once
+
+#include <stdint.h>
+
+#include <atomic>
+#include <memory>
+#include <string>
+
+#include <hardware/gralloc.h>
+#include <nativebase/nativebase.h>
+#include <ui/ANativeObjectBase.h>
+#include <ui/PixelFormat.h>
+#include <utils/Errors.h>
+#include <utils/RefBase.h>
+
+namespace quill::host {
+struct BufferContents;
+}
+
+namespace android {
+
+/**
+ * Pixel memory shared between a producer and a consumer. Reference-counted; thread-safe but for the pixels, which
+ * belong to whoever holds the lock.
+ */
+class GraphicBuffer : public ANativeObjectBase<ANativeWindowBuffer, GraphicBuffer, RefBase> {
+  public:
+    enum {
+        USAGE_SW_READ_NEVER = GRALLOC_USAGE_SW_READ_NEVER,
+        USAGE_SW_READ_RARELY = GRALLOC_USAGE_SW_READ_RARELY,
+        USAGE_SW_READ_OFTEN = GRALLOC_USAGE_SW_READ_OFTEN,
+        USAGE_SW_READ_MASK = GRALLOC_USAGE_SW_READ_MASK,
+
+        USAGE_SW_WRITE_NEVER = GRALLOC_USAGE_SW_WRITE_NEVER,
+        USAGE_SW_WRITE_RARELY = GRALLOC_USAGE_SW_WRITE_RARELY,
+        USAGE_SW_WRITE_OFTEN = GRALLOC_USAGE_SW_WRITE_OFTEN,
+        USAGE_SW_WRITE_MASK = GRALLOC_USAGE_SW_WRITE_MASK,
+
+        USAGE_SOFTWARE_MASK = USAGE_SW_READ_MASK | USAGE_SW_WRITE_MASK,
+        USAGE_HW_TEXTURE = GRALLOC_USAGE_HW_TEXTURE,
+        USAGE_HW_VIDEO_ENCODER = GRALLOC_USAGE_HW_VIDEO_ENCODER,
+    };
+
+    /** The buffer that a window handed out, with a reference of its own; null for null. */
+    static sp<GraphicBuffer> from(ANativeWindowBuffer* buffer);
+
+    /** Zeroed memory of one layer. `initCheck` tells a size, format or amount of memory that cannot be had. */
+    GraphicBuffer(uint32_t width, uint32_t height, PixelFormat format, uint32_t layerCount, uint64_t usage,
+                  std::string requestorName = "<Unknown>");
+
+    status_t initCheck() const { return mInitCheck; }
+    uint32_t getWidth() const { return static_cast<uint32_t>(width); }
+    uint32_t getHeight() const { return static_cast<uint32_t>(height); }
+    /** Pixels from one row to the next. */
+    uint32_t getStride() const { return static_cast<uint32_t>(stride); }
+    uint64_t getUsage() const { return usage; }
+    PixelFormat getPixelFormat() const { return format; }
+    ANativeWindowBuffer* getNativeBuffer() const;
+
+    /**
+     * Gives the CPU the memory until `unlock`. `inUsage` holds software reading or writing that the buffer was made
+     * for, and nothing else: BAD_VALUE otherwise; INVALID_OPERATION while locked. Semi-planar chroma lies
+     * stride x height samples behind the luma; bytes per pixel and stride are those of the luma.
+     */
+    status_t lock(uint32_t inUsage, void** vaddr, int32_t* outBytesPerPixel = nullptr,
+                  int32_t* outBytesPerStride = nullptr);
+    /** `lock`, by planes; BAD_VALUE for a format without chroma planes. */
+    status_t lockYCbCr(uint32_t inUsage, android_ycbcr* ycbcr);
+    /** INVALID_OPERATION when not locked. */
+    status_t unlock();
+
+  private:
+    friend struct quill::host::BufferContents;
+
+    ~GraphicBuffer() override;
+    status_t allocate(size_t size);
+    status_t lockMemory(uint32_t inUsage, uint8_t** memory);
+
+    struct FreeMemory {
+        void operator()(uint8_t* memory) const;
+    };
+
+    status_t mInitCheck;
+    std::unique_ptr<uint8_t, FreeMemory> mMemory;
+    size_t mSize = 0;  // bytes
+    std::atomic<bool> mLocked{false};
+};
+
+}  // namespace android

@@ -1,0 +1,362 @@
+// The way of a picture from a program's native window to the consumer behind it.
+#include <errno.h>
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <functional>
+#include <thread>
+
+#include <gui/Surface.h>
+#include <system/window.h>
+#include <ui/GraphicBuffer.h>
+
+#include "graphics/BufferContents.h"
+#include "graphics/BufferQueue.h"
+#include "testing/Clock.h"
+#include "testing/Faults.h"
+
+namespace {
+
+using namespace android;
+using quill::host::BufferContents;
+using quill::host::BufferQueue;
+using quill::host::Clock;
+using quill::host::Fault;
+using quill::host::Faults;
+
+constexpr int kVendorP010 = 0x7FA30C0A;
+constexpr uint32_t kWrite = GRALLOC_USAGE_SW_WRITE_OFTEN;
+constexpr uint32_t kReadWrite = GRALLOC_USAGE_SW_READ_OFTEN | GRALLOC_USAGE_SW_WRITE_OFTEN;
+constexpr int kNoFence = -1;
+
+sp<GraphicBuffer> makeBuffer(uint32_t width, uint32_t height, int format, uint64_t usage = kReadWrite) {
+    return new GraphicBuffer(width, height, format, 1, usage);
+}
+
+/** A window as the encoder sets one up: 512x512 RGBA, connected to the CPU. */
+struct Window {
+    explicit Window(int buffers, int ahead = 8) : queue(new BufferQueue(buffers)), surface(new Surface(queue, true)) {
+        window = surface.get();
+        EXPECT_EQ(0, ANativeWindow_setBuffersGeometry(window, 512, 512, HAL_PIXEL_FORMAT_RGBA_8888));
+        EXPECT_EQ(0, native_window_set_usage(window, kReadWrite));
+        EXPECT_EQ(0, surface->setMaxDequeuedBufferCount(ahead));
+        EXPECT_EQ(0, native_window_api_connect(window, NATIVE_WINDOW_API_CPU));
+    }
+
+    ANativeWindowBuffer* dequeue() {
+        ANativeWindowBuffer* buffer = nullptr;
+        EXPECT_EQ(0, native_window_dequeue_buffer_and_wait(window, &buffer));
+        return buffer;
+    }
+    int tryDequeue() {
+        ANativeWindowBuffer* buffer = nullptr;
+        return native_window_dequeue_buffer_and_wait(window, &buffer);
+    }
+    int queueBuffer(ANativeWindowBuffer* buffer, int fence = kNoFence) {
+        return window->queueBuffer(window, buffer, fence);
+    }
+    void queueMarked(int mark) {
+        ANativeWindowBuffer* const buffer = dequeue();
+        void* address = nullptr;
+        EXPECT_EQ(OK, GraphicBuffer::from(buffer)->lock(kWrite, &address));
+        memcpy(address, &mark, sizeof(mark));
+        EXPECT_EQ(OK, GraphicBuffer::from(buffer)->unlock());
+        EXPECT_EQ(0, queueBuffer(buffer));
+    }
+
+    sp<BufferQueue> queue;
+    sp<Surface> surface;
+    ANativeWindow* window;
+};
+
+int markOf(const sp<GraphicBuffer>& buffer) {
+    int mark;
+    memcpy(&mark, BufferContents::of(*buffer).data, sizeof(mark));
+    return mark;
+}
+
+TEST(GraphicBuffer, MemoryFitsSizeAndFormat) {
+    const struct {
+        uint32_t width, height;
+        int format;
+        uint32_t stride;
+        int32_t bytesPerPixel;
+        size_t chroma, size;
+    } cases[] = {
+            {512, 512, HAL_PIXEL_FORMAT_RGBA_8888, 512, 4, 0, 1048576},
+            {512, 512, HAL_PIXEL_FORMAT_YCBCR_P010, 512, 2, 524288, 786432},
+            {512, 512, kVendorP010, 512, 2, 524288, 786432},
+            {1, 1, kVendorP010, 64, 2, 128, 256},
+            {65, 3, HAL_PIXEL_FORMAT_YCBCR_420_888, 128, 1, 384, 640},
+    };
+    for (const auto& expected : cases) {
+        SCOPED_TRACE(testing::Message() << expected.width << "x" << expected.height << " " << expected.format);
+        const sp<GraphicBuffer> buffer = makeBuffer(expected.width, expected.height, expected.format);
+        ASSERT_EQ(OK, buffer->initCheck());
+        EXPECT_EQ(expected.stride, buffer->getStride());
+        EXPECT_EQ(expected.size, BufferContents::of(*buffer).size);
+
+        void* address = nullptr;
+        int32_t bytesPerPixel = 0, bytesPerStride = 0;
+        ASSERT_EQ(OK, buffer->lock(kReadWrite, &address, &bytesPerPixel, &bytesPerStride));
+        memset(address, 0xA5, expected.size);
+        EXPECT_EQ(expected.bytesPerPixel, bytesPerPixel);
+        EXPECT_EQ(static_cast<int32_t>(expected.stride) * expected.bytesPerPixel, bytesPerStride);
+        EXPECT_EQ(OK, buffer->unlock());
+
+        android_ycbcr planes;
+        ASSERT_EQ(expected.chroma == 0 ? BAD_VALUE : OK, buffer->lockYCbCr(kReadWrite, &planes));
+        if (expected.chroma == 0) continue;
+        EXPECT_EQ(expected.chroma, static_cast<size_t>(static_cast<char*>(planes.cb) - static_cast<char*>(planes.y)));
+        EXPECT_EQ(expected.bytesPerPixel, static_cast<char*>(planes.cr) - static_cast<char*>(planes.cb));
+    }
+}
+
+TEST(GraphicBuffer, ImpossibleOneHasNoMemoryAndNoLock) {
+    for (const auto& buffer : {makeBuffer(0, 8, 1), makeBuffer(8, 16385, 1), makeBuffer(8, 8, 9999)}) {
+        void* address = nullptr;
+        EXPECT_EQ(BAD_VALUE, buffer->initCheck());
+        EXPECT_EQ(NO_INIT, buffer->lock(kWrite, &address));
+        EXPECT_EQ(nullptr, BufferContents::of(*buffer).data);
+    }
+}
+
+TEST(GraphicBuffer, LockIsForOneAndForTheUsageItWasMadeFor) {
+    const sp<GraphicBuffer> buffer = makeBuffer(8, 8, HAL_PIXEL_FORMAT_RGBA_8888, kWrite);
+    void* address = nullptr;
+    for (const uint32_t usage : {0u, kReadWrite, uint32_t{GRALLOC_USAGE_HW_TEXTURE}}) {
+        EXPECT_EQ(BAD_VALUE, buffer->lock(usage, &address)) << usage;
+    }
+    EXPECT_EQ(INVALID_OPERATION, buffer->unlock());
+    EXPECT_EQ(OK, buffer->lock(GRALLOC_USAGE_SW_WRITE_RARELY, &address));
+    EXPECT_EQ(INVALID_OPERATION, buffer->lock(kWrite, &address));
+    EXPECT_EQ(OK, buffer->unlock());
+
+    Faults::instance().reset();
+    Faults::instance().inject("GraphicBuffer::lock", Fault::nullBuffer());
+    EXPECT_EQ(OK, buffer->lock(kWrite, &address));
+    EXPECT_EQ(nullptr, address);
+}
+
+TEST(Surface, ConnectsOneProducerAtATime) {
+    const sp<BufferQueue> queue = new BufferQueue(2);
+    const sp<Surface> surface = new Surface(queue);
+    ANativeWindow* const window = surface.get();
+    ANativeWindowBuffer* buffer = nullptr;
+    EXPECT_EQ(-EINVAL, native_window_api_disconnect(window, NATIVE_WINDOW_API_CPU));
+    EXPECT_EQ(-ENODEV, native_window_dequeue_buffer_and_wait(window, &buffer));
+    EXPECT_EQ(-EINVAL, native_window_api_connect(window, 99));
+    EXPECT_EQ(0, native_window_api_connect(window, NATIVE_WINDOW_API_CPU));
+    EXPECT_EQ(-EINVAL, native_window_api_connect(window, NATIVE_WINDOW_API_MEDIA));
+    EXPECT_EQ(-EINVAL, native_window_api_disconnect(window, NATIVE_WINDOW_API_MEDIA));
+    EXPECT_EQ(0, native_window_api_disconnect(window, NATIVE_WINDOW_API_CPU));
+    EXPECT_EQ(-EINVAL, native_window_api_disconnect(window, NATIVE_WINDOW_API_CPU));
+}
+
+TEST(Surface, LastReferenceThroughEitherFaceDisconnects) {
+    const sp<BufferQueue> queue = new BufferQueue(1);
+    sp<ANativeWindow> window = new Surface(queue);
+    ASSERT_EQ(0, native_window_api_connect(window.get(), NATIVE_WINDOW_API_CPU));
+    ANativeWindow_acquire(window.get());
+    ANativeWindow* const held = window.get();
+    window.clear();
+    EXPECT_EQ(-EINVAL, queue->connect(NATIVE_WINDOW_API_CPU));
+    ANativeWindow_release(held);
+    EXPECT_EQ(OK, queue->connect(NATIVE_WINDOW_API_CPU));
+}
+
+TEST(Surface, BufferIsReusedUnclearedUntilTheGeometryChanges) {
+    Window producer(1);
+    const ANativeWindowBuffer* const first = producer.dequeue();
+    EXPECT_EQ(512, first->stride);
+    ASSERT_EQ(0, producer.window->cancelBuffer(producer.window, const_cast<ANativeWindowBuffer*>(first), kNoFence));
+    producer.queueMarked(7);
+    producer.queue->release(producer.queue->acquire());
+
+    ANativeWindowBuffer* buffer = producer.dequeue();
+    EXPECT_EQ(first, buffer);
+    EXPECT_EQ(7, markOf(GraphicBuffer::from(buffer)));
+    ASSERT_EQ(0, producer.queueBuffer(buffer));
+    producer.queue->release(producer.queue->acquire());
+
+    EXPECT_EQ(-EINVAL, ANativeWindow_setBuffersGeometry(producer.window, 64, 0, 0));
+    ASSERT_EQ(0, ANativeWindow_setBuffersGeometry(producer.window, 64, 32, HAL_PIXEL_FORMAT_YCBCR_P010));
+    EXPECT_EQ(64, ANativeWindow_getWidth(producer.window));
+    buffer = producer.dequeue();
+    EXPECT_EQ(32, buffer->height);
+    EXPECT_EQ(HAL_PIXEL_FORMAT_YCBCR_P010, buffer->format);
+    EXPECT_EQ(0, markOf(GraphicBuffer::from(buffer)));
+}
+
+TEST(Surface, DequeueWaitsWhileAllBuffersAreOut) {
+    Clock::instance().setScale(0.001);
+    Window producer(2);
+    ASSERT_EQ(OK, producer.surface->setDequeueTimeout(5'000'000'000));
+    producer.queueMarked(1);
+    producer.queueMarked(2);
+    EXPECT_EQ(TIMED_OUT, producer.tryDequeue());
+    const sp<GraphicBuffer> acquired = producer.queue->acquire();
+    EXPECT_EQ(TIMED_OUT, producer.tryDequeue());
+
+    ASSERT_EQ(OK, producer.surface->setDequeueTimeout(-1));
+    ANativeWindowBuffer* dequeued = nullptr;
+    std::thread blocked([&] { dequeued = producer.dequeue(); });
+    producer.queue->release(acquired);
+    blocked.join();
+    EXPECT_EQ(acquired->getNativeBuffer(), dequeued);
+}
+
+TEST(Surface, HoldsNoMoreBuffersThanAskedFor) {
+    Window producer(4, 2);
+    ANativeWindowBuffer* const first = producer.dequeue();
+    producer.dequeue();
+    EXPECT_EQ(INVALID_OPERATION, producer.tryDequeue());
+    EXPECT_EQ(BAD_VALUE, producer.surface->setMaxDequeuedBufferCount(1));
+    EXPECT_EQ(BAD_VALUE, producer.surface->setMaxDequeuedBufferCount(0));
+    EXPECT_EQ(0, producer.queueBuffer(first));
+    EXPECT_EQ(OK, producer.tryDequeue());
+}
+
+TEST(Surface, FramesArriveInOrderWithTheirTimes) {
+    Window producer(3);
+    std::vector<int> heard;
+    // Acquires from inside the call: the queue is not locked then.
+    producer.queue->setFrameListener([&] { heard.push_back(markOf(producer.queue->acquire())); });
+    producer.queueMarked(10);
+    producer.queueMarked(11);
+    EXPECT_THAT(heard, testing::ElementsAre(10, 11));
+
+    producer.queue->setFrameListener(nullptr);
+    native_window_set_buffers_timestamp(producer.window, 132000);
+    producer.queueMarked(12);
+    IGraphicBufferProducer::QueueBufferInput input;
+    EXPECT_EQ(12, markOf(producer.queue->acquire(&input)));
+    EXPECT_EQ(132000, input.timestamp);
+    EXPECT_EQ(nullptr, producer.queue->acquire());
+}
+
+TEST(Surface, AsynchronousFrameReplacesTheOneThatWaits) {
+    Window producer(2);
+    ASSERT_EQ(0, producer.window->setSwapInterval(producer.window, 0));
+    for (int mark = 1; mark <= 5; ++mark) producer.queueMarked(mark);
+    EXPECT_EQ(5, markOf(producer.queue->acquire()));
+    EXPECT_EQ(nullptr, producer.queue->acquire());
+}
+
+TEST(Surface, TakesBackOnlyWhatIsDequeuedAndAlwaysTheFence) {
+    Window producer(2);
+    int ends[2];
+    ASSERT_EQ(0, pipe(ends));
+    ASSERT_EQ(1, write(ends[1], "x", 1));  // signalled
+    ANativeWindowBuffer* const buffer = producer.dequeue();
+    EXPECT_EQ(-EINVAL, producer.queueBuffer(nullptr));
+    EXPECT_EQ(-EINVAL, producer.queueBuffer(makeBuffer(8, 8, 1)->getNativeBuffer()));
+    EXPECT_EQ(0, producer.queueBuffer(buffer, ends[0]));
+    EXPECT_EQ(-1, fcntl(ends[0], F_GETFD)) << "the fence is still open";
+    EXPECT_EQ(-EINVAL, producer.queueBuffer(buffer, ends[1]));
+    EXPECT_EQ(-1, fcntl(ends[1], F_GETFD)) << "the fence is still open";
+}
+
+TEST(Surface, UnsignalledFenceHoldsTheFrameBackForALimitedTime) {
+    Clock::instance().setScale(0.01);
+    Window producer(1);
+    int ends[2];
+    ASSERT_EQ(0, pipe(ends));
+    const int64_t before = Clock::instance().nowUs();
+    EXPECT_EQ(0, producer.queueBuffer(producer.dequeue(), ends[0]));
+    EXPECT_GE(Clock::instance().nowUs() - before, 2'900'000);
+    close(ends[1]);
+}
+
+TEST(Surface, DisconnectKeepsQueuedFramesAndFreesTheRest) {
+    Window producer(2);
+    producer.queueMarked(3);
+    ANativeWindowBuffer* const lost = producer.dequeue();
+    std::thread blocked([&] { EXPECT_EQ(-ENODEV, producer.tryDequeue()); });
+    EXPECT_EQ(0, native_window_api_disconnect(producer.window, NATIVE_WINDOW_API_CPU));
+    blocked.join();
+    EXPECT_EQ(-EINVAL, producer.queueBuffer(lost));
+    const sp<GraphicBuffer> acquired = producer.queue->acquire();
+    EXPECT_EQ(3, markOf(acquired));
+
+    ASSERT_EQ(0, native_window_api_connect(producer.window, NATIVE_WINDOW_API_CPU));
+    producer.queueMarked(4);  // the lost buffer's place is free, the acquired one's is not
+    producer.queue->release(acquired);
+    producer.queueMarked(5);
+    EXPECT_EQ(4, markOf(producer.queue->acquire()));
+}
+
+TEST(Surface, AbandonedQueueFailsTheProducer) {
+    Window producer(1);
+    ANativeWindowBuffer* const held = producer.dequeue();
+    ASSERT_EQ(OK, producer.surface->setMaxDequeuedBufferCount(2));
+    std::thread blocked([&] { EXPECT_EQ(-ENODEV, producer.tryDequeue()); });
+    producer.queue->abandon();
+    blocked.join();
+    EXPECT_EQ(-ENODEV, producer.queueBuffer(held));
+    EXPECT_EQ(-ENODEV, ANativeWindow_getWidth(producer.window));
+    EXPECT_EQ(0, native_window_api_disconnect(producer.window, NATIVE_WINDOW_API_CPU));
+    EXPECT_EQ(-ENODEV, native_window_api_connect(producer.window, NATIVE_WINDOW_API_CPU));
+}
+
+TEST(Surface, LockAndPostDrawsWithoutSetUp) {
+    const sp<BufferQueue> queue = new BufferQueue(1);
+    const sp<Surface> surface = new Surface(queue);
+    ANativeWindow_setBuffersGeometry(surface.get(), 65, 3, HAL_PIXEL_FORMAT_RGBA_8888);
+    ANativeWindow_Buffer drawn;
+    ARect dirty = {1, 1, 2, 2};
+    EXPECT_EQ(INVALID_OPERATION, ANativeWindow_unlockAndPost(surface.get()));
+    ASSERT_EQ(0, ANativeWindow_lock(surface.get(), &drawn, &dirty));
+    EXPECT_EQ(INVALID_OPERATION, ANativeWindow_lock(surface.get(), &drawn, nullptr));
+    EXPECT_EQ(128, drawn.stride);
+    EXPECT_EQ(65, dirty.right);
+    memset(drawn.bits, 1, static_cast<size_t>(drawn.stride) * 3 * 4);
+    ASSERT_EQ(0, ANativeWindow_unlockAndPost(surface.get()));
+    EXPECT_EQ(0x01010101, markOf(queue->acquire()));
+}
+
+TEST(Surface, EveryCallFailsOnDemand) {
+    Window producer(1);
+    ANativeWindow* const window = producer.window;
+    ANativeWindowBuffer* const buffer = producer.dequeue();
+    const std::pair<const char*, std::function<int()>> calls[] = {
+            {"ANativeWindow_setBuffersGeometry", [&] { return ANativeWindow_setBuffersGeometry(window, 8, 8, 1); }},
+            {"native_window_set_usage", [&] { return native_window_set_usage(window, kWrite); }},
+            {"native_window_api_connect", [&] { return native_window_api_connect(window, 2); }},
+            {"native_window_api_disconnect", [&] { return native_window_api_disconnect(window, 2); }},
+            {"Surface::setMaxDequeuedBufferCount", [&] { return producer.surface->setMaxDequeuedBufferCount(4); }},
+            {"ANativeWindow::dequeueBuffer", [&] { return producer.tryDequeue(); }},
+            {"ANativeWindow::queueBuffer", [&] { return producer.queueBuffer(buffer); }},
+            {"ANativeWindow::cancelBuffer", [&] { return window->cancelBuffer(window, buffer, kNoFence); }},
+            {"GraphicBuffer::unlock", [&] { return GraphicBuffer::from(buffer)->unlock(); }},
+    };
+    for (const auto& [name, call] : calls) {
+        Faults::instance().reset();
+        Faults::instance().inject(name, Fault::failing(-77));
+        EXPECT_EQ(-77, call()) << name;
+        EXPECT_EQ(1, Faults::instance().occurrences()[name]) << name;
+    }
+    EXPECT_EQ(0, producer.queueBuffer(buffer)) << "a failed call has done something";
+}
+
+TEST(Surface, ManyFramesPassBetweenThreadsWhole) {
+    constexpr int kFrames = 500;
+    Window producer(3);
+    std::thread consumer([&] {
+        for (int expected = 0; expected < kFrames;) {
+            const sp<GraphicBuffer> frame = producer.queue->acquire();
+            if (frame == nullptr) {
+                std::this_thread::yield();
+                continue;
+            }
+            ASSERT_EQ(expected++, markOf(frame));
+            producer.queue->release(frame);
+        }
+    });
+    for (int mark = 0; mark < kFrames; ++mark) producer.queueMarked(mark);
+    consumer.join();
+}
+
+}  // namespace
