@@ -1,0 +1,17 @@
+#pragma once
+
+#include "muxer/BoxWriter.h"
+
+namespace quill::host {
+
+/** What a muxer-data sample turned out to be. */
+struct MetadataKind {
+    enum class Type { kUnknown, kExif, kXmp };
+    Type type = Type::kUnknown;
+    size_t tiffOffset = 0;  ///< of the TIFF header in an EXIF sample
+};
+
+/** Recognises EXIF in its usual framings and XMP packets by how they begin. */
+MetadataKind classifyMetadata(ByteView sample);
+
+}  // namespace quill::host
