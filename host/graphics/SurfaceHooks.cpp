@@ -3,10 +3,12 @@
 
 #include <limits.h>
 
+#include "testing/CallLog.h"
 #include "testing/Faults.h"
 
 namespace android {
 
+using quill::host::CallLog;
 using quill::host::Faults;
 
 struct Surface::Hooks {
@@ -121,6 +123,7 @@ int Surface::performSetGeometry(va_list arguments) {
     const int width = va_arg(arguments, int);
     const int height = va_arg(arguments, int);
     const int format = va_arg(arguments, int);
+    CallLog::instance().note("ANativeWindow_setBuffersGeometry", {width, height, format});
     if (width < 0 || height < 0) return BAD_VALUE;
     const int sized = setBuffersDimensions(static_cast<uint32_t>(width), static_cast<uint32_t>(height));
     return sized != OK ? sized : setBuffersFormat(format);
@@ -128,7 +131,11 @@ int Surface::performSetGeometry(va_list arguments) {
 
 int Surface::performSetFormat(va_list arguments) { return setBuffersFormat(va_arg(arguments, int)); }
 
-int Surface::performSetUsage(va_list arguments) { return setUsage(va_arg(arguments, uint64_t)); }
+int Surface::performSetUsage(va_list arguments) {
+    const uint64_t usage = va_arg(arguments, uint64_t);
+    CallLog::instance().note("native_window_set_usage", {static_cast<int64_t>(usage)});
+    return setUsage(usage);
+}
 
 int Surface::performSetScalingMode(va_list arguments) { return setScalingMode(va_arg(arguments, int)); }
 

@@ -16,6 +16,7 @@
 #include "muxer/HeifItems.h"
 #include "muxer/HeifTrack.h"
 #include "muxer/MetadataSample.h"
+#include "testing/CallLog.h"
 #include "testing/Faults.h"
 
 namespace android {
@@ -135,6 +136,7 @@ MediaMuxer::MediaMuxer(std::unique_ptr<State> state) : mState(std::move(state)) 
 MediaMuxer::~MediaMuxer() = default;
 
 ssize_t MediaMuxer::addTrack(const sp<AMessage>& format) {
+    if (format != nullptr) CallLog::instance().note("MediaMuxer::addTrack", *format);
     if (const auto fault = Faults::instance().statusAt("MediaMuxer::addTrack")) return *fault;
     std::lock_guard<std::mutex> guard(mState->lock);
     if (mState->phase != Phase::kInitialized) return refuse(INVALID_OPERATION, "addTrack", "only before start");
@@ -150,6 +152,7 @@ ssize_t MediaMuxer::addTrack(const sp<AMessage>& format) {
 }
 
 status_t MediaMuxer::setOrientationHint(int degrees) {
+    CallLog::instance().note("MediaMuxer::setOrientationHint", {degrees});
     if (const auto fault = Faults::instance().statusAt("MediaMuxer::setOrientationHint")) return *fault;
     std::lock_guard<std::mutex> guard(mState->lock);
     if (mState->phase != Phase::kInitialized) {
@@ -171,7 +174,10 @@ status_t MediaMuxer::start() {
     return OK;
 }
 
-status_t MediaMuxer::writeSampleData(const sp<ABuffer>& buffer, size_t trackIndex, int64_t /*timeUs*/, uint32_t flags) {
+status_t MediaMuxer::writeSampleData(const sp<ABuffer>& buffer, size_t trackIndex, int64_t timeUs, uint32_t flags) {
+    CallLog::instance().note("MediaMuxer::writeSampleData",
+                             {static_cast<int64_t>(buffer == nullptr ? 0 : buffer->size()),
+                              static_cast<int64_t>(trackIndex), timeUs, flags});
     if (const auto fault = Faults::instance().statusAt("MediaMuxer::writeSampleData")) return *fault;
     std::lock_guard<std::mutex> guard(mState->lock);
     if (mState->phase != Phase::kStarted) return refuse(INVALID_OPERATION, "writeSampleData", "not started");

@@ -4,9 +4,18 @@
 #include <mutex>
 #include <utility>
 
+#include <media/stagefright/foundation/AMessage.h>
+
 namespace quill::host {
 
 namespace {
+
+std::string itemText(const android::AMessage::ItemData& item) {
+    int32_t number;
+    if (item.find(&number)) return std::to_string(number);
+    android::AString text;
+    return item.find(&text) ? text.c_str() : "";
+}
 
 struct State {
     std::atomic<bool> on{false};
@@ -38,6 +47,24 @@ void CallLog::note(const char* call, const std::string& arguments) {
     if (!isOn()) return;
     const std::lock_guard<std::mutex> guard(state().lock);
     state().calls.emplace_back(call, arguments);
+}
+
+void CallLog::note(const char* call, std::initializer_list<int64_t> arguments) {
+    if (!isOn()) return;
+    std::string text;
+    for (const int64_t argument : arguments) text += (text.empty() ? "" : " ") + std::to_string(argument);
+    note(call, text);
+}
+
+void CallLog::note(const char* call, const android::AMessage& format) {
+    if (!isOn()) return;
+    std::string text;
+    for (size_t i = 0; i < format.countEntries(); ++i) {
+        android::AMessage::Type type;
+        const std::string name = format.getEntryNameAt(i, &type);
+        text += name + "=" + itemText(format.getEntryAt(i)) + "\n";
+    }
+    note(call, text);
 }
 
 std::vector<std::string> CallLog::of(const std::string& call) const {

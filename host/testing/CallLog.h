@@ -1,7 +1,13 @@
 #pragma once
 
+#include <cstdint>
+#include <initializer_list>
 #include <string>
 #include <vector>
+
+namespace android {
+struct AMessage;
+}
 
 namespace quill::host {
 
@@ -18,6 +24,10 @@ class CallLog {
     bool isOn() const;
     /** Notes one call with its arguments as text, e.g. ("MediaMuxer::setOrientationHint", "90"). */
     void note(const char* call, const std::string& arguments);
+    /** Notes numbers, a space between each two. */
+    void note(const char* call, std::initializer_list<int64_t> arguments);
+    /** Notes the items of a format, a line `key=value` each; those that are neither numbers nor text by their key. */
+    void note(const char* call, const android::AMessage& format);
     /** The arguments of every noted occurrence of `call`, oldest first. */
     std::vector<std::string> of(const std::string& call) const;
 
