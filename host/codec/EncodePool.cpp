@@ -1,0 +1,157 @@
+#include "codec/EncodePool.h"
+
+#include <algorithm>
+
+#include <pthread.h>
+
+#include "codec/Preset.h"
+#include "codec/RateControl.h"
+
+namespace quill::host {
+
+namespace {
+
+/** Coded pictures, beyond those of a whole image, that nobody asked for yet: then the workers rest. */
+constexpr size_t kUnclaimedPictures = 8;
+
+size_t workerCount(const CodecConfig& config) {
+    const size_t cores = std::max(1u, std::thread::hardware_concurrency());
+    return std::min(cores, static_cast<size_t>(config.pictureCount()));
+}
+
+}  // namespace
+
+EncodePool::EncodePool(const CodecConfig& config, std::function<void()> onProgress)
+        : mConfig(config), mOnProgress(std::move(onProgress)), mBitDepth(config.bitDepth) {
+    const size_t workers = workerCount(config);
+    // A client may draw a whole image on its surface before it asks for the first tile, from one thread.
+    mMaxUnclaimed = workers + static_cast<size_t>(config.pictureCount()) + kUnclaimedPictures;
+    for (size_t i = 0; i < workers; ++i) {
+        mWorkers.emplace_back([this] { work(); });
+        pthread_setname_np(mWorkers.back().native_handle(), "HevcEncode");
+    }
+}
+
+EncodePool::~EncodePool() {
+    {
+        const std::lock_guard<std::mutex> guard(mLock);
+        mStopping = true;
+    }
+    mWork.notify_all();
+    for (std::thread& worker : mWorkers) worker.join();
+}
+
+void EncodePool::submit(EncodeJob job) {
+    auto entry = std::make_shared<Entry>();
+    entry->result.timeUs = job.timeUs;
+    entry->result.endOfStream = job.read == nullptr;
+    if (entry->result.endOfStream) entry->progress = Progress::kDone;
+    entry->job = std::move(job);
+    {
+        const std::lock_guard<std::mutex> guard(mLock);
+        if (!mBitDepth && !entry->result.endOfStream) mBitDepth = entry->job.bitDepth;
+        mEntries.push_back(entry);
+    }
+    mWork.notify_one();
+}
+
+EncodePool::Poll EncodePool::poll(CodedPicture* picture) {
+    {
+        const std::lock_guard<std::mutex> guard(mLock);
+        if (mFailed) return Poll::kFailed;
+        while (!mEntries.empty() && mEntries.front()->progress == Progress::kNothingToCode) mEntries.pop_front();
+        if (mEntries.empty() || mEntries.front()->progress != Progress::kDone) return Poll::kNothing;
+        *picture = std::move(mEntries.front()->result);
+        mEntries.pop_front();
+    }
+    mWork.notify_all();
+    return Poll::kPicture;
+}
+
+std::vector<uint8_t> EncodePool::parameterSets() {
+    const std::lock_guard<std::mutex> guard(mLock);
+    return mParameterSets;
+}
+
+void EncodePool::work() {
+    std::unique_ptr<HevcEngine> engine;
+    while (const std::shared_ptr<Entry> entry = take()) {
+        if (engine == nullptr) engine = openEngine();
+        if (engine == nullptr) return fail();
+        finish(entry.get(), code(engine.get(), entry.get()));
+    }
+}
+
+/** The next picture to code, or null when the pool stops. */
+std::shared_ptr<EncodePool::Entry> EncodePool::take() {
+    std::unique_lock<std::mutex> guard(mLock);
+    for (;;) {
+        if (mStopping || mFailed) return nullptr;
+        const size_t reach = std::min(mEntries.size(), mMaxUnclaimed);
+        for (size_t i = 0; i < reach; ++i) {
+            if (mEntries[i]->progress != Progress::kWaiting) continue;
+            mEntries[i]->progress = Progress::kCoding;
+            return mEntries[i];
+        }
+        mWork.wait(guard);
+    }
+}
+
+std::unique_ptr<HevcEngine> EncodePool::openEngine() {
+    EngineSettings settings;
+    settings.width = mConfig.width;
+    settings.height = mConfig.height;
+    settings.aspects = mConfig.aspects;
+    settings.preset = presetFor(mConfig.framePixels());
+    settings.qp = qpForQuality(mConfig.quality);
+    settings.threaded = mConfig.pictureCount() == 1;
+    {
+        const std::lock_guard<std::mutex> guard(mLock);
+        settings.bitDepth = *mBitDepth;
+    }
+    std::unique_ptr<HevcEngine> engine = HevcEngine::open(settings);
+    if (engine == nullptr) return nullptr;
+    const std::lock_guard<std::mutex> guard(mLock);
+    mParameterSets = engine->parameterSets();
+    return engine;
+}
+
+EncodePool::Progress EncodePool::code(HevcEngine* engine, Entry* entry) {
+    thread_local PlanarPicture planar;
+    if (!entry->job.read(&planar)) return Progress::kNothingToCode;
+    mOnProgress();  // whoever waits for the input's memory can have it back
+    std::vector<uint8_t>* const coded = &entry->result.bytes;
+    const bool done =
+            mConfig.constantQuality ? engine->encode(planar, std::nullopt, coded) : codeToBudget(engine, planar, coded);
+    return done ? Progress::kDone : Progress::kNothingToCode;
+}
+
+bool EncodePool::codeToBudget(HevcEngine* engine, const PlanarPicture& planar, std::vector<uint8_t>* coded) {
+    QpSearch search(bitsPerPicture(mConfig.bitrate, mConfig.pictureCount()), int64_t{mConfig.width} * mConfig.height);
+    std::vector<uint8_t> trial;
+    while (const std::optional<int> qp = search.next()) {
+        if (!engine->encode(planar, qp, &trial)) return false;
+        if (search.report(static_cast<int64_t>(trial.size()) * 8)) coded->swap(trial);
+    }
+    return true;
+}
+
+void EncodePool::finish(Entry* entry, Progress progress) {
+    entry->job.read = nullptr;  // and with it the input's memory
+    {
+        const std::lock_guard<std::mutex> guard(mLock);
+        entry->progress = progress;
+    }
+    mOnProgress();
+}
+
+void EncodePool::fail() {
+    {
+        const std::lock_guard<std::mutex> guard(mLock);
+        mFailed = true;
+    }
+    mWork.notify_all();
+    mOnProgress();
+}
+
+}  // namespace quill::host

@@ -1,0 +1,337 @@
+#define LOG_TAG "QuillPlatform"
+
+#include "codec/MediaCodecImpl.h"
+
+#include <algorithm>
+#include <thread>
+
+#include <log/log.h>
+#include <media/stagefright/MediaErrors.h>
+#include <media/stagefright/foundation/ABuffer.h>
+
+#include "codec/SurfaceFrame.h"
+#include "testing/Clock.h"
+
+namespace android {
+
+using quill::host::Clock;
+using quill::host::CodedPicture;
+using quill::host::EncodeJob;
+using quill::host::EncodePool;
+using quill::host::PlanarPicture;
+using quill::host::SourcePicture;
+
+namespace {
+
+using Owner = quill::host::BufferSlots::Owner;
+
+constexpr size_t kMinInputs = 4;
+constexpr size_t kMaxInputs = 8;
+constexpr size_t kOutputs = 8;
+constexpr int kSurfaceBuffers = 8;
+
+constexpr char kCodecSpecificData[] = "csd-0";
+
+/** Enough for every core to find the next picture ready. */
+size_t inputCount() {
+    return std::clamp(static_cast<size_t>(std::thread::hardware_concurrency()) + 2, kMinInputs, kMaxInputs);
+}
+
+}  // namespace
+
+status_t MediaCodec::Impl::configure(const sp<AMessage>& format) {
+    const Guard guard(mLock);
+    if (mState != State::kUninitialised) return INVALID_OPERATION;
+    const status_t err = quill::host::parseCodecConfig(format, &mConfig);
+    if (err != OK) return err;
+    mInputFormat = format->dup();
+    mOutputFormat = quill::host::outputFormatOf(format);
+    mState = State::kConfigured;
+    return OK;
+}
+
+status_t MediaCodec::Impl::createInputSurface(sp<IGraphicBufferProducer>* producer) {
+    const Guard guard(mLock);
+    if (mState != State::kConfigured || mConfig.layout || mSurface != nullptr) return INVALID_OPERATION;
+    mSurface = new quill::host::BufferQueue(kSurfaceBuffers);
+    mSurface->setFrameListener([weak = weak_from_this()] {
+        if (const std::shared_ptr<Impl> self = weak.lock()) self->onFrame();
+    });
+    *producer = mSurface;
+    return OK;
+}
+
+status_t MediaCodec::Impl::start() {
+    const Guard guard(mLock);
+    if (mState != State::kConfigured || (!mConfig.layout && mSurface == nullptr)) return INVALID_OPERATION;
+    mFormatAnnounced = false;
+    mParameterSetsGiven = false;
+    mState = State::kStarted;
+    resetStream();
+    return OK;
+}
+
+/** Empty buffers, an idle pool, and whatever the surface has waiting. */
+void MediaCodec::Impl::resetStream() {
+    mInputs.reset(mConfig.layout ? inputCount() : 0);
+    mOutputs.reset(kOutputs);
+    mNextOutput.reset();
+    mFailed = false;
+    mPool = std::make_unique<EncodePool>(mConfig, [this] { onProgress(); });
+    if (mSurface != nullptr) acquireFrames();
+}
+
+status_t MediaCodec::Impl::shutDown(State target) {
+    std::unique_ptr<EncodePool> pool;
+    sp<quill::host::BufferQueue> surface;
+    {
+        const Guard guard(mLock);
+        if (mState == State::kReleased) return target == State::kReleased ? OK : INVALID_OPERATION;
+        if (mState == State::kStopping) return INVALID_OPERATION;
+        mState = State::kStopping;
+        pool.swap(mPool);
+        std::swap(surface, mSurface);
+    }
+    mNews.notify_all();
+    if (surface != nullptr) surface->abandon();
+    pool.reset();  // without the lock, which its workers take
+
+    const Guard guard(mLock);
+    mInputs.reset(0);
+    mOutputs.reset(0);
+    mNextOutput.reset();
+    mState = target;
+    return OK;
+}
+
+status_t MediaCodec::Impl::flush() {
+    std::unique_ptr<EncodePool> pool;
+    {
+        const Guard guard(mLock);
+        if (mState != State::kStarted) return INVALID_OPERATION;
+        mState = State::kStopping;
+        pool.swap(mPool);
+    }
+    pool.reset();
+    {
+        const Guard guard(mLock);
+        mState = State::kStarted;
+        resetStream();
+    }
+    mNews.notify_all();
+    return OK;
+}
+
+status_t MediaCodec::Impl::dequeueInput(size_t* index, int64_t timeoutUs) {
+    Guard guard(mLock);
+    const bool ready = Clock::instance().waitFor(mNews, guard, timeoutUs,
+                                                 [this] { return !takesBuffers() || mInputs.firstFree(); });
+    if (!takesBuffers()) return INVALID_OPERATION;
+    if (!ready) return WOULD_BLOCK;
+    *index = *mInputs.firstFree();
+    if (mInputs.buffer(*index) == nullptr) mInputs.setBuffer(*index, makeInput());
+    mInputs.give(*index, Owner::kClient);
+    return OK;
+}
+
+sp<MediaCodecBuffer> MediaCodec::Impl::makeInput() const {
+    const size_t bytes = quill::host::bufferBytes(*mConfig.layout, mConfig.stride(), mConfig.sliceHeight());
+    return new MediaCodecBuffer(mInputFormat, new ABuffer(bytes));
+}
+
+status_t MediaCodec::Impl::queueInput(size_t index, size_t offset, size_t size, int64_t timeUs, uint32_t flags,
+                                      bool swallowed) {
+    const Guard guard(mLock);
+    if (!takesBuffers()) return INVALID_OPERATION;
+    const status_t held = mInputs.checkClientHolds(index);
+    if (held != OK) return held;
+    if (size == 0 || swallowed) {
+        mInputs.give(index, Owner::kFree);
+        mNews.notify_all();
+    } else {
+        const status_t err = submitInput(index, offset, size, timeUs);
+        if (err != OK) return err;
+    }
+    if ((flags & BUFFER_FLAG_EOS) != 0) submitEndOfStream(timeUs);
+    return OK;
+}
+
+status_t MediaCodec::Impl::submitInput(size_t index, size_t offset, size_t size, int64_t timeUs) {
+    const sp<MediaCodecBuffer> buffer = mInputs.buffer(index);
+    const size_t capacity = buffer->capacity();
+    const SourcePicture picture = mConfig.describe(buffer->base() + std::min(offset, capacity));
+    const size_t needed = quill::host::bytesRead(picture);
+    if (offset > capacity || size > capacity - offset || size < needed) {
+        ALOGE("An input picture takes %zu bytes, not %zu at %zu of %zu", needed, size, offset, capacity);
+        return BAD_VALUE;
+    }
+    mInputs.give(index, Owner::kCodec);
+    EncodeJob job;
+    job.bitDepth = bitDepthOf(picture.layout);
+    job.timeUs = timeUs;
+    job.read = [this, index, picture](PlanarPicture* planar) {
+        toPlanar(picture, quill::host::RgbToYuv({}), planar);
+        returnInput(index);
+        return true;
+    };
+    mPool->submit(std::move(job));
+    return OK;
+}
+
+void MediaCodec::Impl::submitEndOfStream(int64_t timeUs) {
+    EncodeJob end;
+    end.timeUs = timeUs;
+    mPool->submit(std::move(end));
+    mNews.notify_all();
+}
+
+/** On a worker's thread: the picture is read, and its memory free for the next one while this one is coded. */
+void MediaCodec::Impl::returnInput(size_t index) {
+    {
+        const Guard guard(mLock);
+        if (mState == State::kStarted) mInputs.give(index, Owner::kFree);
+    }
+    mNews.notify_all();
+}
+
+/** On the producer's thread. */
+void MediaCodec::Impl::onFrame() {
+    const Guard guard(mLock);
+    if (mState == State::kStarted && mSurface != nullptr) acquireFrames();
+}
+
+void MediaCodec::Impl::acquireFrames() {
+    IGraphicBufferProducer::QueueBufferInput frame;
+    while (const sp<GraphicBuffer> buffer = mSurface->acquire(&frame)) submitFrame(buffer, frame.timestamp / 1000);
+}
+
+void MediaCodec::Impl::submitFrame(const sp<GraphicBuffer>& frame, int64_t timeUs) {
+    const sp<quill::host::BufferQueue> surface = mSurface;
+    const std::optional<SourcePicture> picture = quill::host::pictureIn(*frame, mConfig.width, mConfig.height);
+    if (!picture) {
+        surface->release(frame);
+        return;
+    }
+    EncodeJob job;
+    job.bitDepth = bitDepthOf(picture->layout);
+    job.timeUs = timeUs;
+    job.read = [surface, frame, picture = *picture,
+                matrix = quill::host::RgbToYuv(mConfig.aspects)](PlanarPicture* planar) {
+        toPlanar(picture, matrix, planar);
+        surface->release(frame);
+        return true;
+    };
+    mPool->submit(std::move(job));
+}
+
+status_t MediaCodec::Impl::signalEndOfStream() {
+    const Guard guard(mLock);
+    if (mState != State::kStarted || mSurface == nullptr) return INVALID_OPERATION;
+    submitEndOfStream(Clock::instance().nowUs());
+    return OK;
+}
+
+/** Wakes those who wait; the lock in between lets none of them miss it. */
+void MediaCodec::Impl::onProgress() {
+    { const Guard guard(mLock); }
+    mNews.notify_all();
+}
+
+status_t MediaCodec::Impl::dequeueOutput(Output* output, int64_t timeoutUs) {
+    Guard guard(mLock);
+    const bool ready = Clock::instance().waitFor(mNews, guard, timeoutUs,
+                                                 [this] { return mState != State::kStarted || hasOutput(); });
+    if (mState != State::kStarted) return INVALID_OPERATION;
+    if (!ready) return WOULD_BLOCK;
+    return mFailed ? UNKNOWN_ERROR : takeOutput(output);
+}
+
+/** True when `takeOutput` has something to give, and a free buffer to put it in if it needs one. */
+bool MediaCodec::Impl::hasOutput() {
+    if (!mNextOutput && !mFailed) {
+        CodedPicture picture;
+        const EncodePool::Poll polled = mPool->poll(&picture);
+        if (polled == EncodePool::Poll::kPicture) mNextOutput = std::move(picture);
+        mFailed = polled == EncodePool::Poll::kFailed;
+    }
+    if (mFailed) return true;
+    if (!mNextOutput) return false;
+    const bool onlyAnnounces = !mFormatAnnounced && !mNextOutput->endOfStream;
+    return onlyAnnounces || mOutputs.firstFree();
+}
+
+status_t MediaCodec::Impl::takeOutput(Output* output) {
+    if (mNextOutput->endOfStream) {
+        output->flags = BUFFER_FLAG_EOS;
+    } else if (!mFormatAnnounced) {
+        announceFormat();
+        return INFO_FORMAT_CHANGED;
+    } else if (!mParameterSetsGiven) {
+        mParameterSetsGiven = true;
+        output->flags = BUFFER_FLAG_CODECCONFIG;
+        fillOutput(mParameterSets, output);
+        return OK;
+    } else {
+        output->flags = BUFFER_FLAG_SYNCFRAME;
+    }
+    output->timeUs = mNextOutput->timeUs;
+    fillOutput(mNextOutput->bytes, output);
+    mNextOutput.reset();
+    return OK;
+}
+
+/** Only now, with a picture coded, is the engine open and its parameter sets known. */
+void MediaCodec::Impl::announceFormat() {
+    mFormatAnnounced = true;
+    mParameterSets = mPool->parameterSets();
+    mOutputFormat = mOutputFormat->dup();
+    mOutputFormat->setBuffer(kCodecSpecificData, ABuffer::CreateAsCopy(mParameterSets.data(), mParameterSets.size()));
+}
+
+void MediaCodec::Impl::fillOutput(const std::vector<uint8_t>& bytes, Output* output) {
+    output->index = *mOutputs.firstFree();
+    output->size = bytes.size();
+    mOutputs.give(output->index, Owner::kClient);
+    mOutputs.setBuffer(output->index,
+                       new MediaCodecBuffer(mOutputFormat, ABuffer::CreateAsCopy(bytes.data(), bytes.size())));
+}
+
+status_t MediaCodec::Impl::releaseOutput(size_t index) {
+    const Guard guard(mLock);
+    if (mState != State::kStarted) return INVALID_OPERATION;
+    const status_t held = mOutputs.checkClientHolds(index);
+    if (held != OK) return held;
+    mOutputs.give(index, Owner::kFree);
+    mOutputs.setBuffer(index, nullptr);
+    mNews.notify_all();
+    return OK;
+}
+
+status_t MediaCodec::Impl::buffer(Port port, size_t index, sp<MediaCodecBuffer>* buffer) const {
+    const Guard guard(mLock);
+    if (mState != State::kStarted || !slots(port).clientHolds(index)) return INVALID_OPERATION;
+    *buffer = slots(port).buffer(index);
+    return OK;
+}
+
+status_t MediaCodec::Impl::buffers(Port port, Vector<sp<MediaCodecBuffer>>* buffers) const {
+    const Guard guard(mLock);
+    if (mState != State::kStarted) return INVALID_OPERATION;
+    buffers->clear();
+    for (size_t i = 0; i < slots(port).size(); ++i) buffers->push_back(slots(port).buffer(i));
+    return OK;
+}
+
+status_t MediaCodec::Impl::format(Port port, sp<AMessage>* format) const {
+    const Guard guard(mLock);
+    if (mState != State::kConfigured && mState != State::kStarted) return INVALID_OPERATION;
+    *format = (port == Port::kInput ? mInputFormat : mOutputFormat)->dup();
+    return OK;
+}
+
+bool MediaCodec::Impl::isStarted() const {
+    const Guard guard(mLock);
+    return mState == State::kStarted;
+}
+
+}  // namespace android

@@ -1,0 +1,364 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include <gui/Surface.h>
+#include <media/MediaCodecBuffer.h>
+#include <media/stagefright/MediaCodec.h>
+#include <media/stagefright/MediaErrors.h>
+#include <media/stagefright/foundation/ABuffer.h>
+#include <media/stagefright/foundation/AString.h>
+#include <mediadrm/ICrypto.h>
+
+#include "testing/Clock.h"
+#include "testing/Faults.h"
+
+namespace android {
+namespace {
+
+using quill::host::Fault;
+using quill::host::Faults;
+
+constexpr int32_t kNv12 = 21;
+constexpr int32_t kP010 = 54;
+constexpr int32_t kSurface = 0x7F000789;
+constexpr size_t kTileBytes = 393216;
+constexpr int64_t kLong = 60'000'000;
+
+sp<AMessage> tileFormat(int32_t colorFormat, int32_t rows = 2, int32_t cols = 2) {
+    const sp<AMessage> format = new AMessage;
+    format->setString("mime", "video/hevc");
+    for (const char* key : {"width", "height", "tile-width", "tile-height"}) format->setInt32(key, 512);
+    format->setInt32("grid-rows", rows);
+    format->setInt32("grid-cols", cols);
+    format->setInt32("color-format", colorFormat);
+    format->setInt32("color-standard", 2);
+    format->setInt32("color-transfer", 2);
+    format->setInt32("color-range", 1);
+    format->setInt32("bitrate-mode", 0);
+    format->setInt32("quality", 50);
+    return format;
+}
+
+struct Output {
+    status_t status;
+    size_t index = 0;
+    size_t size = 0;
+    int64_t timeUs = 0;
+    uint32_t flags = 0;
+};
+
+class Codec {
+  public:
+    Codec() : mCodec(MediaCodec::CreateByType(new ALooper, "video/hevc", true)) {}
+
+    MediaCodec* operator->() const { return mCodec.get(); }
+    status_t configure(const sp<AMessage>& format) const { return mCodec->configure(format, nullptr, nullptr, 1); }
+    void begin(const sp<AMessage>& format) const {
+        ASSERT_EQ(configure(format), OK);
+        ASSERT_EQ(mCodec->start(), OK);
+    }
+
+    /** One picture of its own, with slopes and noise. */
+    void queuePicture(int number, uint32_t flags = 0) const {
+        size_t index = 0;
+        ASSERT_EQ(mCodec->dequeueInputBuffer(&index, kLong), OK);
+        sp<MediaCodecBuffer> buffer;
+        ASSERT_EQ(mCodec->getInputBuffer(index, &buffer), OK);
+        for (size_t i = 0; i < buffer->capacity(); ++i) {
+            buffer->data()[i] = static_cast<uint8_t>(i / (3 + number % 4) % 200 + i * i / 512 % 8);
+        }
+        ASSERT_EQ(mCodec->queueInputBuffer(index, 0, buffer->capacity(), number, flags), OK);
+    }
+
+    Output dequeue(int64_t timeoutUs = kLong) const {
+        Output output{};
+        size_t offset = 0;
+        output.status = mCodec->dequeueOutputBuffer(&output.index, &offset, &output.size, &output.timeUs, &output.flags,
+                                                    timeoutUs);
+        return output;
+    }
+    /** The next picture, past the format change and the parameter sets; given back at once. */
+    Output dequeuePicture() const {
+        Output output = dequeue();
+        while (output.status == INFO_FORMAT_CHANGED || (output.status == OK && output.flags == 2)) {
+            if (output.status == OK) mCodec->releaseOutputBuffer(output.index);
+            output = dequeue();
+        }
+        if (output.status == OK) mCodec->releaseOutputBuffer(output.index);
+        return output;
+    }
+
+  private:
+    const sp<MediaCodec> mCodec;
+};
+
+TEST(Codec, CallsInTheWrongStateAreRefused) {
+    Codec codec;
+    size_t index = 0;
+    EXPECT_EQ(codec->start(), INVALID_OPERATION);
+    EXPECT_EQ(codec->dequeueInputBuffer(&index), INVALID_OPERATION);
+    ASSERT_EQ(codec.configure(tileFormat(kNv12)), OK);
+    EXPECT_EQ(codec.configure(tileFormat(kNv12)), INVALID_OPERATION);
+    EXPECT_EQ(codec.dequeue().status, INVALID_OPERATION);
+    ASSERT_EQ(codec->start(), OK);
+    EXPECT_EQ(codec->start(), INVALID_OPERATION);
+    sp<IGraphicBufferProducer> producer;
+    EXPECT_EQ(codec->createInputSurface(&producer), INVALID_OPERATION);
+    EXPECT_EQ(codec->stop(), OK);
+    EXPECT_EQ(codec->start(), INVALID_OPERATION);
+    EXPECT_EQ(codec->release(), OK);
+    EXPECT_EQ(codec->release(), OK);
+    EXPECT_EQ(codec.configure(tileFormat(kNv12)), INVALID_OPERATION);
+}
+
+TEST(Codec, FormatsItCannotTakeAreBadValues) {
+    const std::pair<const char*, int32_t> kBad[] = {
+            {"color-format", 20}, {"color-format", 0}, {"width", 0},     {"height", -1},
+            {"width", 1 << 20},   {"grid-rows", 0},    {"quality", 101},
+    };
+    for (const auto& [key, value] : kBad) {
+        const sp<AMessage> format = tileFormat(kNv12);
+        format->setInt32(key, value);
+        EXPECT_EQ(Codec().configure(format), BAD_VALUE) << key << " " << value;
+    }
+    const sp<AMessage> format = tileFormat(kNv12);
+    format->setString("mime", "video/avc");
+    EXPECT_EQ(Codec().configure(format), BAD_VALUE);
+}
+
+TEST(Codec, UnknownComponentsDoNotExist) {
+    status_t err = OK;
+    EXPECT_EQ(MediaCodec::CreateByComponentName(new ALooper, "c2.none", &err), nullptr);
+    EXPECT_EQ(err, NAME_NOT_FOUND);
+    EXPECT_EQ(MediaCodec::CreateByType(new ALooper, "video/avc", true, &err), nullptr);
+    EXPECT_EQ(err, NAME_NOT_FOUND);
+}
+
+TEST(Codec, OutputIsFormatThenParameterSetsThenPicturesInOrder) {
+    Codec codec;
+    codec.begin(tileFormat(kNv12, 3, 4));
+    codec.queuePicture(0);
+    ASSERT_EQ(codec.dequeue().status, INFO_FORMAT_CHANGED);
+    sp<AMessage> format;
+    ASSERT_EQ(codec->getOutputFormat(&format), OK);
+    AString mime;
+    int32_t rows = 0;
+    int32_t standard = 0;
+    sp<ABuffer> csd;
+    EXPECT_TRUE(format->findString("mime", &mime) && mime == "video/hevc");
+    EXPECT_TRUE(format->findInt32("grid-rows", &rows) && rows == 3);
+    EXPECT_TRUE(format->findInt32("color-standard", &standard) && standard == 2);
+    ASSERT_TRUE(format->findBuffer("csd-0", &csd));
+
+    const Output config = codec.dequeue();
+    ASSERT_EQ(config.status, OK);
+    EXPECT_EQ(config.flags, 2u);
+    sp<MediaCodecBuffer> buffer;
+    ASSERT_EQ(codec->getOutputBuffer(config.index, &buffer), OK);
+    EXPECT_EQ(std::string(buffer->data(), buffer->data() + buffer->size()),
+              std::string(csd->data(), csd->data() + csd->size()));
+    EXPECT_EQ(codec->releaseOutputBuffer(config.index), OK);
+    EXPECT_EQ(codec->releaseOutputBuffer(config.index), -EACCES);
+
+    for (int i = 0; i < 12; ++i) {
+        if (i < 11) codec.queuePicture(i + 1);
+        const Output picture = codec.dequeuePicture();
+        EXPECT_EQ(picture.flags, 1u);
+        EXPECT_EQ(picture.timeUs, i);
+        EXPECT_GT(picture.size, 100u);
+    }
+    EXPECT_EQ(codec.dequeue(0).status, WOULD_BLOCK);
+}
+
+TEST(Codec, WaitsRunOnTheClock) {
+    quill::host::Clock::instance().setScale(1e-6);
+    Codec codec;
+    codec.begin(tileFormat(kNv12));
+    EXPECT_EQ(codec.dequeue(3'600'000'000).status, WOULD_BLOCK);
+}
+
+TEST(Codec, BuffersAreCountedAndOwned) {
+    Codec codec;
+    codec.begin(tileFormat(kNv12));
+    size_t index = 0;
+    size_t count = 0;
+    while (codec->dequeueInputBuffer(&index, 0) == OK) ASSERT_LT(++count, 9u);
+    EXPECT_GE(count, 4u);
+    EXPECT_EQ(codec->dequeueInputBuffer(&index, 0), WOULD_BLOCK);
+
+    sp<MediaCodecBuffer> buffer;
+    ASSERT_EQ(codec->getInputBuffer(0, &buffer), OK);
+    EXPECT_EQ(buffer->capacity(), kTileBytes);
+    EXPECT_EQ(codec->getInputBuffer(99, &buffer), INVALID_OPERATION);
+    EXPECT_EQ(codec->queueInputBuffer(99, 0, kTileBytes, 0, 0), -ERANGE);
+    EXPECT_EQ(codec->queueInputBuffer(0, 1, kTileBytes, 0, 0), BAD_VALUE);
+    EXPECT_EQ(codec->queueInputBuffer(0, SIZE_MAX, 2, 0, 0), BAD_VALUE);
+    EXPECT_EQ(codec->queueInputBuffer(0, 0, kTileBytes - 1000, 0, 0), BAD_VALUE);
+    EXPECT_EQ(codec->queueInputBuffer(0, 0, 0, 0, 0), OK);
+    EXPECT_EQ(codec->queueInputBuffer(0, 0, 0, 0, 0), -EACCES);
+    EXPECT_EQ(codec->releaseOutputBuffer(0), -EACCES);
+}
+
+TEST(Codec, TenBitPicturesTakeTwiceTheBuffer) {
+    Codec codec;
+    const sp<AMessage> format = tileFormat(0x7FA30C0A);
+    format->setInt32("width", 320);
+    format->setInt32("height", 240);
+    codec.begin(format);
+    size_t index = 0;
+    sp<MediaCodecBuffer> buffer;
+    ASSERT_EQ(codec->dequeueInputBuffer(&index, kLong), OK);
+    ASSERT_EQ(codec->getInputBuffer(index, &buffer), OK);
+    EXPECT_EQ(buffer->capacity(), 2 * kTileBytes);
+    ASSERT_EQ(codec->queueInputBuffer(index, 0, 2 * kTileBytes, 5, 0), OK);
+    EXPECT_EQ(codec.dequeuePicture().timeUs, 5);
+}
+
+TEST(Codec, EndOfStreamComesLastAndEmpty) {
+    Codec codec;
+    codec.begin(tileFormat(kNv12));
+    codec.queuePicture(1, MediaCodec::BUFFER_FLAG_EOS);
+    EXPECT_EQ(codec.dequeuePicture().flags, 1u);
+    const Output end = codec.dequeuePicture();
+    EXPECT_EQ(end.flags, 4u);
+    EXPECT_EQ(end.size, 0u);
+}
+
+TEST(Codec, StopWakesWaitersAndDropsWork) {
+    Codec codec;
+    codec.begin(tileFormat(kNv12));
+    status_t seen = OK;
+    std::thread waiter([&] { seen = codec.dequeue(-1).status; });
+    for (int i = 0; i < 4; ++i) codec.queuePicture(i);
+    waiter.join();
+    EXPECT_EQ(seen, INFO_FORMAT_CHANGED);
+    std::thread second([&] {
+        while ((seen = codec.dequeuePicture().status) == OK) {
+        }
+    });
+    EXPECT_EQ(codec->stop(), OK);
+    second.join();
+    EXPECT_EQ(seen, INVALID_OPERATION);
+    ASSERT_EQ(codec.configure(tileFormat(kNv12)), OK);  // and it can begin anew
+    ASSERT_EQ(codec->start(), OK);
+    codec.queuePicture(7);
+    EXPECT_EQ(codec.dequeuePicture().timeUs, 7);
+    codec.queuePicture(8);  // destroyed at work
+}
+
+TEST(Codec, FlushTakesEverythingBack) {
+    Codec codec;
+    codec.begin(tileFormat(kNv12));
+    for (int i = 0; i < 4; ++i) codec.queuePicture(i);
+    ASSERT_EQ(codec->flush(), OK);
+    EXPECT_EQ(codec.dequeue(0).status, WOULD_BLOCK);
+    codec.queuePicture(9);
+    EXPECT_EQ(codec.dequeuePicture().timeUs, 9);
+}
+
+TEST(Codec, ConstantBitrateIsSharedByTheTiles) {
+    for (int32_t bitrate : {400'000, 1'600'000}) {
+        Codec codec;
+        const sp<AMessage> format = tileFormat(kNv12);
+        format->setInt32("bitrate-mode", 2);
+        format->setInt32("bitrate", bitrate);
+        codec.begin(format);
+        size_t bytes = 0;
+        for (int i = 0; i < 4; ++i) codec.queuePicture(i);
+        for (int i = 0; i < 4; ++i) bytes += codec.dequeuePicture().size;
+        EXPECT_NEAR(static_cast<double>(bytes) * 8, bitrate, bitrate * 0.15);
+    }
+}
+
+TEST(Codec, FaultsSpoilBuffersAndOutput) {
+    Faults& faults = Faults::instance();
+    faults.inject("MediaCodec::getInputBuffer", Fault::shortBuffer(100));
+    faults.inject("MediaCodec::getInputBuffer", Fault::nullBuffer(), 2);
+    faults.inject("MediaCodec::queueInputBuffer", Fault::noOutput());
+    faults.inject("MediaCodec::dequeueOutputBuffer", Fault::formatChange());
+    faults.inject("MediaCodec::dequeueInputBuffer", Fault::failing(-5), 3);
+    Codec codec;
+    codec.begin(tileFormat(kNv12));
+    size_t index = 0;
+    sp<MediaCodecBuffer> buffer;
+    ASSERT_EQ(codec->dequeueInputBuffer(&index, 0), OK);
+    ASSERT_EQ(codec->getInputBuffer(index, &buffer), OK);
+    EXPECT_EQ(buffer->capacity(), 100u);
+    ASSERT_EQ(codec->getInputBuffer(index, &buffer), OK);
+    EXPECT_EQ(buffer->capacity(), kTileBytes);
+    EXPECT_EQ(buffer->data(), nullptr);
+    ASSERT_EQ(codec->queueInputBuffer(index, 0, kTileBytes, 1, 0), OK);  // swallowed
+    codec.queuePicture(2);
+    EXPECT_EQ(codec->dequeueInputBuffer(&index, 0), -5);
+    EXPECT_EQ(codec.dequeue(0).status, INFO_FORMAT_CHANGED);
+    EXPECT_EQ(codec.dequeuePicture().timeUs, 2);
+    EXPECT_EQ(codec.dequeue(0).status, WOULD_BLOCK);
+
+    faults.inject("MediaCodec::CreateByType", Fault::failing(NO_MEMORY), 2);
+    status_t err = OK;
+    EXPECT_EQ(MediaCodec::CreateByType(new ALooper, "video/hevc", true, &err), nullptr);
+    EXPECT_EQ(err, NO_MEMORY);
+}
+
+/** A client that draws on the codec's input surface. */
+class SurfaceClient {
+  public:
+    SurfaceClient(const Codec& codec, int32_t width, int32_t height, int32_t format) {
+        sp<IGraphicBufferProducer> producer;
+        EXPECT_EQ(codec->createInputSurface(&producer), OK);
+        mSurface = new Surface(producer, true);
+        EXPECT_EQ(ANativeWindow_setBuffersGeometry(window(), width, height, format), 0);
+        EXPECT_EQ(native_window_set_usage(window(), 0x33), 0);
+        EXPECT_EQ(native_window_api_connect(window(), NATIVE_WINDOW_API_CPU), 0);
+    }
+
+    void draw(uint8_t value) const {
+        ANativeWindowBuffer* buffer = nullptr;
+        ASSERT_EQ(native_window_dequeue_buffer_and_wait(window(), &buffer), 0);
+        const sp<GraphicBuffer> graphics = GraphicBuffer::from(buffer);
+        void* address = nullptr;
+        ASSERT_EQ(graphics->lock(0x30, &address), OK);
+        memset(address, value, static_cast<size_t>(buffer->stride) * 4);
+        graphics->unlock();
+        ASSERT_EQ(window()->queueBuffer(window(), buffer, -1), 0);
+    }
+
+  private:
+    ANativeWindow* window() const { return mSurface.get(); }
+    sp<Surface> mSurface;
+};
+
+TEST(Codec, SurfaceFramesBecomePictures) {
+    for (int32_t format : {1, kP010}) {
+        Codec codec;
+        ASSERT_EQ(codec.configure(tileFormat(kSurface, 4, 5)), OK);
+        const SurfaceClient client(codec, 512, 512, format);
+        client.draw(10);  // before the start, which picks it up
+        ASSERT_EQ(codec->start(), OK);
+        size_t index = 0;
+        EXPECT_EQ(codec->dequeueInputBuffer(&index, 0), INVALID_OPERATION);
+        for (int i = 1; i < 20; ++i) client.draw(static_cast<uint8_t>(i));
+        for (int i = 0; i < 20; ++i) ASSERT_EQ(codec.dequeuePicture().flags, 1u) << i;
+        ASSERT_EQ(codec->signalEndOfInputStream(), OK);
+        EXPECT_EQ(codec.dequeuePicture().flags, 4u);
+        EXPECT_EQ(codec.dequeue(0).status, WOULD_BLOCK);
+    }
+}
+
+TEST(Codec, SurfaceFramesItCannotReadGiveNothing) {
+    const int32_t kBad[][3] = {{256, 512, 1}, {512, 511, kP010}};
+    for (const auto& bad : kBad) {
+        Codec codec;
+        ASSERT_EQ(codec.configure(tileFormat(kSurface)), OK);
+        const SurfaceClient client(codec, bad[0], bad[1], bad[2]);
+        ASSERT_EQ(codec->start(), OK);
+        client.draw(1);
+        ASSERT_EQ(codec->signalEndOfInputStream(), OK);
+        EXPECT_EQ(codec.dequeuePicture().flags, 4u);
+    }
+}
+
+}  // namespace
+}  // namespace android
