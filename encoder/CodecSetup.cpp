@@ -1,0 +1,210 @@
+#define LOG_TAG "QuillHeifEncoder"
+
+#include <stdint.h>
+#include <string.h>
+#include <strings.h>
+
+#include <cutils/properties.h>
+#include <log/log.h>
+#include <media/stagefright/MediaCodecConstants.h>
+#include <media/stagefright/foundation/MediaDefs.h>
+#include <mediadrm/ICrypto.h>
+
+#include "HeicEncoderInfoManager.h"
+#include "QuillHeifEncoder.h"
+#include "TileLayout.h"
+#include "VendorFormats.h"
+#include "VerboseLog.h"
+
+namespace android {
+
+namespace {
+
+constexpr char kCodecLooperName[] = "QuillHeifEncoder-MediaCodecLooper";
+constexpr int32_t kAudioPriority = -16;  // a shot is waited for: as urgent as sound
+
+constexpr char kQtiComponent[] = "c2.qti.hevc.encoder";
+constexpr char kMtkComponent[] = "c2.mtk.hevc.encoder";
+
+constexpr int32_t kFrameRate = 30;
+constexpr int32_t kFullSpeed = INT32_MAX;  // "operating-rate": as fast as the codec can
+constexpr int32_t kMtkBitrateFloor = 40000000;
+constexpr int32_t kHevcProfileMain10 = 2;
+
+// The platform's numbers for BT.601 (625 lines) and for the sRGB-like transfer of stills.
+constexpr int32_t kColorStandard = COLOR_STANDARD_BT601_PAL;
+constexpr int32_t kColorTransfer = 2;
+
+/** Both the creation of the codec and the size query ask this one instance. */
+const camera3::HeicEncoderInfoManager& encoderInfo() {
+    static const camera3::HeicEncoderInfoManager& manager = camera3::HeicEncoderInfoManager::getInstance();
+    return manager;
+}
+
+template <size_t kSize>
+bool startsWith(const AString& text, const char (&prefix)[kSize]) {
+    return strncmp(text.c_str(), prefix, kSize - 1) == 0;
+}
+
+bool isSnapdragon() {
+    char model[PROPERTY_VALUE_MAX] = {};
+    property_get("ro.soc.model", model, "unknown");
+    return strncasecmp(model, "SM", 2) == 0;
+}
+
+}  // namespace
+
+bool QuillHeifEncoder::isSizeSupportedByHeifEncoder(int width, int height, bool* useGrid, AString* hevcName) {
+    return encoderInfo().isSizeSupported(width, height, useGrid, hevcName);
+}
+
+status_t QuillHeifEncoder::initializeCodec() {
+    status_t err = createCodec();
+    if (err != OK) {
+        ALOGE("Failed to create codec: %s (%d)", strerror(-err), err);
+        return NO_INIT;
+    }
+    layOutTiles();
+    const sp<AMessage> format = makeCodecFormat();
+    setParameter(format);
+    err = mCodec->configure(format, nullptr, nullptr, MediaCodec::CONFIGURE_FLAG_ENCODE);
+    if (err != OK) {
+        ALOGE("Failed to configure codec: %s (%d)", strerror(-err), err);
+        return err;
+    }
+    if (usesSurfacePath()) createSurfaceForEncoder();
+    return OK;
+}
+
+status_t QuillHeifEncoder::createCodec() {
+    AString hevcName;
+    if (!encoderInfo().isSizeSupported(mWidth, mHeight, &mUseGrid, &hevcName)) {
+        ALOGE("%s: Encoder doesnt' support size %d x %d!", __FUNCTION__, mWidth, mHeight);
+        return BAD_VALUE;
+    }
+    mCodecLooper = new ALooper;
+    mCodecLooper->setName(kCodecLooperName);
+    const status_t err = mCodecLooper->start(false /* runOnCallingThread */, false /* canCallJava */, kAudioPriority);
+    if (err != OK) {
+        ALOGE("%s: Failed to start codec looper: %s (%d)", __FUNCTION__, strerror(-err), err);
+        return NO_INIT;
+    }
+    if (isVerboseLogEnabled()) ALOGI("%s Create HEVC Codec", __FUNCTION__);
+    mCodec = createCodecComponent(hevcName);
+    if (mCodec == nullptr) {
+        // Names the type that the caller asked for, although the codec behind it is an HEVC encoder.
+        ALOGE("%s: Failed to create codec for %s", __FUNCTION__, MEDIA_MIMETYPE_IMAGE_ANDROID_HEIC);
+        return NO_INIT;
+    }
+    recogniseVendor();
+    return OK;
+}
+
+sp<MediaCodec> QuillHeifEncoder::createCodecComponent(const AString& hevcName) {
+    if (!hevcName.empty()) {
+        mBitrateMode = kConstantQuality;
+        return MediaCodec::CreateByComponentName(mCodecLooper, hevcName);
+    }
+    mBitrateMode = kConstantBitrate;
+    return MediaCodec::CreateByType(mCodecLooper, MEDIA_MIMETYPE_VIDEO_HEVC, true /* encoder */);
+}
+
+void QuillHeifEncoder::recogniseVendor() {
+    AString name;
+    mCodec->getName(&name);
+    if (startsWith(name, kQtiComponent)) mIsVendorHevc = true;
+    if (startsWith(name, kMtkComponent)) mIsVendorHevc = mIsMtkHevc = true;
+    if (isVerboseLogEnabled()) ALOGI("Codec name:%s", name.c_str());
+}
+
+void QuillHeifEncoder::layOutTiles() {
+    mTileWidth = mUseGrid ? kTileSide : mWidth;
+    mTileHeight = mUseGrid ? kTileSide : mHeight;
+    mGridCols = mUseGrid ? (mWidth + kTileSide - 1) / kTileSide : 1;
+    mGridRows = mUseGrid ? (mHeight + kTileSide - 1) / kTileSide : 1;
+    mNumOutputs = mNumTiles = mGridRows * mGridCols;
+}
+
+sp<AMessage> QuillHeifEncoder::makeCodecFormat() const {
+    const sp<AMessage> format = new AMessage;
+    format->setString(KEY_MIME, MEDIA_MIMETYPE_VIDEO_HEVC);
+    format->setInt32(KEY_WIDTH, mTileWidth);
+    format->setInt32(KEY_HEIGHT, mTileHeight);
+    if (mUseGrid) setGridKeys(format);
+    return format;
+}
+
+void QuillHeifEncoder::setGridKeys(const sp<AMessage>& format) const {
+    format->setInt32(KEY_TILE_WIDTH, mTileWidth);
+    format->setInt32(KEY_TILE_HEIGHT, mTileHeight);
+    format->setInt32(KEY_GRID_COLUMNS, mGridCols);
+    format->setInt32(KEY_GRID_ROWS, mGridRows);
+}
+
+void QuillHeifEncoder::setParameter(const sp<AMessage>& format) {
+    getEncodeColorFormat();
+    format->setInt32(KEY_I_FRAME_INTERVAL, 0);  // every coded picture is a sync picture
+    format->setInt32(KEY_COLOR_FORMAT, mCodecColorFormat);
+    format->setInt32(KEY_COLOR_STANDARD, kColorStandard);
+    format->setInt32(KEY_COLOR_RANGE, COLOR_RANGE_FULL);
+    format->setInt32(KEY_COLOR_TRANSFER, kColorTransfer);
+    format->setInt32(KEY_FRAME_RATE, kFrameRate);
+    setRateParameters(format);
+}
+
+void QuillHeifEncoder::setRateParameters(const sp<AMessage>& format) const {
+    if (mIsMtkHevc) {
+        format->setInt32(KEY_OPERATING_RATE, kFrameRate);
+        format->setInt32(KEY_BITRATE_MODE, BITRATE_MODE_CBR);
+        const int32_t bitrate = computeBitrate();
+        format->setInt32(KEY_BIT_RATE, bitrate > kMtkBitrateFloor ? bitrate : kMtkBitrateFloor);
+        return;
+    }
+    format->setInt32(KEY_CAPTURE_RATE, kFrameRate * mNumTiles);
+    format->setInt32(KEY_OPERATING_RATE, kFullSpeed);
+    if (mBitrateMode == kConstantBitrate) {
+        format->setInt32(KEY_BITRATE_MODE, BITRATE_MODE_CBR);
+        format->setInt32(KEY_BIT_RATE, computeBitrate());
+    } else if (mBitrateMode == kConstantQuality) {
+        format->setInt32(KEY_BITRATE_MODE, BITRATE_MODE_CQ);
+        format->setInt32(KEY_QUALITY, mQuality);
+    }
+    if (mColorFormat == FORMAT_P010 && isSnapdragon()) format->setInt32(KEY_PROFILE, kHevcProfileMain10);
+}
+
+// Raw bits of the frame at 12 bits a pixel, times a target compression of 0.25 x 0.3346, scaled by the quality. The
+// order of the factors is fixed: another order rounds to another number of bits.
+int32_t QuillHeifEncoder::computeBitrate() const {
+    return static_cast<int32_t>(static_cast<double>(mWidth * mHeight) * 1.5 * 8.0 * 0.25 * 0.3346 *
+                                static_cast<double>(mQuality) / 100.0);
+}
+
+void QuillHeifEncoder::getEncodeColorFormat() {
+    switch (mColorFormat) {
+        case FORMAT_I420:
+            mCodecColorFormat = COLOR_FormatYUV420Planar;
+            mInputBufferSize = kTileBytesYuv8;
+            break;
+        case FORMAT_P010:
+            mCodecColorFormat = mIsVendorHevc ? COLOR_FormatSurface : kVendorP010SemiPlanar;
+            mInputBufferSize = kTileBytesP010;
+            break;
+        case FORMAT_RGBA8888:
+            mCodecColorFormat = COLOR_FormatSurface;
+            mInputBufferSize = kTileBytesRgba;
+            break;
+        case FORMAT_NV12:
+        case FORMAT_NV21:
+            mCodecColorFormat = COLOR_FormatYUV420SemiPlanar;
+            mInputBufferSize = kTileBytesYuv8;
+            break;
+        default:
+            break;
+    }
+}
+
+bool QuillHeifEncoder::usesSurfacePath() const {
+    return mColorFormat == FORMAT_RGBA8888 || (mColorFormat == FORMAT_P010 && mIsVendorHevc);
+}
+
+}  // namespace android

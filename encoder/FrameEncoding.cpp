@@ -1,0 +1,104 @@
+#define LOG_TAG "QuillHeifEncoder"
+
+#include <string.h>
+
+#include <log/log.h>
+#include <media/MediaCodecBuffer.h>
+#include <media/stagefright/MediaErrors.h>
+
+#include "QuillHeifEncoder.h"
+#include "StatusNames.h"
+#include "VerboseLog.h"
+
+namespace android {
+
+namespace {
+
+constexpr size_t kOutputRetries = 1500;  // empty waits in one frame, about 15 s in all
+constexpr int64_t kOutputTimeoutUs = 10000;
+constexpr uint32_t kCodedPicture = MediaCodec::BUFFER_FLAG_SYNCFRAME;
+
+status_t warnNoOutput(status_t err) {
+    ALOGW("Received error %d (%s) instead of output", err, statusName(err));
+    return err;
+}
+
+sp<ABuffer> copyOf(const sp<MediaCodecBuffer>& coded) {
+    const sp<ABuffer> copy = new ABuffer(coded->size());
+    if (coded->size() > 0) memcpy(copy->data(), coded->data(), coded->size());
+    return copy;
+}
+
+}  // namespace
+
+status_t QuillHeifEncoder::addYuvBuffer(uint8_t* frame, std::vector<sp<ABuffer>>& out) {
+    const status_t err = encodeFrame(frame, out);
+    // At error level even for a success: one line a photo that no log filter of the field hides.
+    ALOGE("encode heif (err %d(%s))", err, statusName(err));
+    ++mFrameIndex;
+    releaseSurface();
+    return err;
+}
+
+status_t QuillHeifEncoder::encodeFrame(uint8_t* frame, std::vector<sp<ABuffer>>& out) {
+    size_t retriesLeft = kOutputRetries;
+    int32_t collected = 0;
+    do {
+        status_t err = queueInputData(frame, retriesLeft);
+        if (err == OK) err = drainOutput(&retriesLeft, &collected, out);
+        if (err != OK) return err;
+    } while (collected != mNumOutputs);
+    return OK;
+}
+
+status_t QuillHeifEncoder::queueInputData(uint8_t* frame, size_t retriesLeft) {
+    return usesSurfacePath() ? queueInputDataToSurface(frame) : queueInputDataToByteBuffer(frame, retriesLeft);
+}
+
+status_t QuillHeifEncoder::drainOutput(size_t* retriesLeft, int32_t* collected, std::vector<sp<ABuffer>>& out) {
+    for (;;) {
+        size_t index, offset, size;
+        int64_t timeUs;
+        uint32_t flags;
+        status_t err = mCodec->dequeueOutputBuffer(&index, &offset, &size, &timeUs, &flags, kOutputTimeoutUs);
+        switch (err) {
+            case OK:
+                return collectOutput(index, flags, collected, out);
+            case INFO_OUTPUT_BUFFERS_CHANGED:
+                if (isVerboseLogEnabled()) ALOGD("Output buffers changed");
+                break;
+            case INFO_FORMAT_CHANGED:
+                if (isVerboseLogEnabled()) ALOGD("Received format change");
+                err = mCodec->getOutputFormat(&mOutputFormat);
+                if (err != OK) return err;
+                break;
+            case WOULD_BLOCK:
+                // The budget is the frame's: output that did arrive does not refill it.
+                if (--*retriesLeft == 0) return warnNoOutput(err);
+                if (isVerboseLogEnabled()) ALOGD("Timed-out waiting for output.. retries left = %zu", *retriesLeft);
+                return OK;
+            default:
+                return warnNoOutput(err);
+        }
+    }
+}
+
+status_t QuillHeifEncoder::collectOutput(size_t index, uint32_t flags, int32_t* collected,
+                                         std::vector<sp<ABuffer>>& out) {
+    sp<MediaCodecBuffer> coded;
+    const status_t err = mCodec->getOutputBuffer(index, &coded);
+    if (err != OK) {
+        ALOGE("failed to get output buffer %zu", index);
+        return err;
+    }
+    // Exactly a picture: parameter sets travel in the format, and a picture flagged as the end of the stream is a
+    // component's closing marker, not a tile.
+    if (flags == kCodedPicture) {
+        out.push_back(copyOf(coded));
+        ++*collected;
+    }
+    mCodec->releaseOutputBuffer(index);
+    return OK;
+}
+
+}  // namespace android
