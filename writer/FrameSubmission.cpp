@@ -1,0 +1,71 @@
+#define LOG_TAG "QuillHeifWriter"
+
+#include "SystemTrace.h"  // first: it chooses the trace tag
+
+#include <stdlib.h>
+#include <string.h>
+#include <unistd.h>
+
+#include <log/log.h>
+
+#include "QuillHeifWriter.h"
+
+namespace android {
+
+namespace {
+
+constexpr useconds_t kPollIntervalUs = 2000;
+constexpr int kPollBudget = 5000;  // 10 s for one frame, both waits together
+
+/** Polls until `flag` is set or the budget is spent. */
+void waitFor(const std::atomic<bool>& flag, int* budget) {
+    while (!flag.load(std::memory_order_acquire) && *budget > 0) {
+        usleep(kPollIntervalUs);
+        --*budget;
+    }
+}
+
+}  // namespace
+
+int32_t QuillHeifWriter::processInputFrame(uint8_t* yuv, uint8_t* exif, uint32_t exifLen, int32_t fd) {
+    ATRACE_NAME("processInputFrame");
+    mEncodeDone.store(false, std::memory_order_release);
+    mInputConsumed.store(false, std::memory_order_release);
+    if (mInitStatus != OK) {
+        ALOGE("HeifEncoder donot init or start Failed");
+        return -1;
+    }
+    if (!queueInputFrame(yuv, exif, exifLen, fd)) return -1;
+    mFrameInFlight.store(true, std::memory_order_release);
+    (new AMessage(kWhatProcessInputFrameNotify, this))->post();
+
+    int budget = kPollBudget;
+    waitFor(mInputConsumed, &budget);
+    waitFor(mEncodeDone, &budget);
+    const bool done = mEncodeDone.load(std::memory_order_acquire);
+    ALOGD("Encode Finish: %d", done);
+    return done ? 0 : -1;
+}
+
+bool QuillHeifWriter::queueInputFrame(uint8_t* yuv, uint8_t* exif, uint32_t exifLen, int32_t fd) {
+    InputFrame frame{yuv, nullptr, 0, -1, 0};
+    if (exifLen != 0) {
+        frame.exifData = static_cast<uint8_t*>(malloc(exifLen));
+        if (frame.exifData == nullptr) {
+            ALOGE("inputFrame.exifData malloc fail");
+            return false;
+        }
+        memcpy(frame.exifData, exif, exifLen);
+    }
+    frame.exifSize = exifLen;
+    frame.fd = fd;
+    frame.isFileFd = 1;
+    ALOGD("INPUT FRAME ADD (INPUTFRAME)");
+    mInputFrames.push_back(frame);
+    ALOGD("input frame size : %zu", mInputFrames.size());
+    return true;
+}
+
+void QuillHeifWriter::addExifData(uint8_t* /* exif */, uint32_t /* exifLen */) {}
+
+}  // namespace android

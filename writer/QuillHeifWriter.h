@@ -1,0 +1,145 @@
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include <atomic>
+#include <memory>
+#include <vector>
+
+#include <media/stagefright/foundation/ABuffer.h>
+#include <media/stagefright/foundation/AHandler.h>
+#include <media/stagefright/foundation/ALooper.h>
+#include <media/stagefright/foundation/AMessage.h>
+#include <utils/Errors.h>
+#include <utils/StrongPointer.h>
+#include <utils/Vector.h>
+
+#include "FrameBytes.h"
+
+namespace android {
+
+struct MediaMuxer;
+class QuillHeifEncoder;
+
+/**
+ * One HEIF writer: encodes a camera frame and muxes it, with its EXIF block, to the caller's descriptor.
+ *
+ * Reference counted; always held by strong pointers. Two threads touch it: the caller's, and the writer's own looper
+ * "QuillHeifWriter-ProcessInputFrame", which encodes and muxes. They hand over by one posted message and two flags;
+ * there is no lock, and one frame is in flight at a time. Order of calls: `start`, `processInputFrame`, `close`,
+ * `destroy`.
+ */
+class QuillHeifWriter : public AHandler {
+  public:
+    /** Called on the looper thread when a file is finished: 0, and the in-memory result (always null and 0). */
+    using Callback = void (*)(int, void*, unsigned int);
+
+    /** One queued frame. A plain record, moved bitwise: it owns nothing by itself. */
+    struct InputFrame {
+        uint8_t* yuv;       ///< the caller's pixels, not copied: alive until `processInputFrame` returns
+        uint8_t* exifData;  ///< the writer's own malloc'ed copy of the EXIF block, or null
+        uint32_t exifSize;  ///< bytes in `exifData`
+        int32_t fd;         ///< the caller's descriptor, -1 when none
+        int32_t isFileFd;   ///< 1 for a real file; 0 would mean a destination in memory, which is not supported
+    };
+
+    QuillHeifWriter();
+
+    /**
+     * Starts the looper and, once in the writer's life, configures and starts the encoder. Sizes in samples,
+     * `colorFormat` an InputColorFormat, `quality` 0-100, `rotation` clockwise degrees. An error is kept and
+     * reported by the next frame.
+     */
+    void start(int32_t width, int32_t height, int32_t stride, int32_t sliceHeight, int32_t colorFormat, int32_t quality,
+               int32_t rotation);
+    /** The configuring half of `start`: 0, or the encoder's error. */
+    status_t initEncoder(int32_t width, int32_t height, int32_t stride, int32_t sliceHeight, int32_t colorFormat,
+                         int32_t quality, int32_t rotation);
+    void setCallback(Callback callback);
+    /** Bytes of the frame that `start` described; zeros unless it succeeded. */
+    FrameBytes expectedFrame() const;
+
+    /**
+     * Writes one HEIF file to `fd` (open for writing; never closed here). Blocks the caller, at most 10 s. `yuv` has
+     * the geometry of `start`; NV21 chroma is left in NV12 order. `exif` may be null. 0 when the file was finished,
+     * -1 otherwise; after a time-out the looper may still be using `yuv`: see `isFrameInFlight`.
+     */
+    int32_t processInputFrame(uint8_t* yuv, uint8_t* exif, uint32_t exifLen, int32_t fd);
+
+    /** True while the looper may touch the pixels of a frame, which after a time-out is beyond the call. */
+    bool isFrameInFlight() const;
+    /** Keeps `memory` until `destroy` has seen the looper end: the pixels of a frame that timed out. */
+    void holdUntilDestroyed(std::shared_ptr<void> memory);
+
+    /** Closes and releases the encoder; waits for a frame in flight to end, which it hastens. */
+    void close();
+    /** Stops the looper and joins its thread. */
+    void destroy();
+
+    /**
+     * A new[] copy of the in-memory result for the caller to delete[]; false before a frame is finished. Nothing
+     * fills that result: a finished frame gives an empty copy.
+     */
+    bool getEncData(uint8_t** data, uint32_t* size);
+    /** Debug dump of `len` bytes of `buf` to the file `path`. */
+    void saveBuffer(const void* buf, int32_t len, const char* path);
+    /** Kept for callers of the interface; EXIF travels with its frame. */
+    void addExifData(uint8_t* exif, uint32_t exifLen);
+
+  protected:
+    ~QuillHeifWriter() override;
+    void onMessageReceived(const sp<AMessage>& msg) override;
+
+  private:
+    enum : uint32_t { kWhatProcessInputFrameNotify = 0 };
+
+    // Caller's thread.
+    bool queueInputFrame(uint8_t* yuv, uint8_t* exif, uint32_t exifLen, int32_t fd);
+    void setThmbSize();
+    void abandonFrame();
+
+    // Looper thread.
+    void writeHeadFrame();
+    void finishFile();
+    void addYuvBuffer(uint8_t* yuv);
+    void swapNv21Chroma(uint8_t* yuv);
+    void startMuxer(const sp<AMessage>& format);
+    void processExifData();
+    void onOutputBufferReceived(const std::vector<sp<ABuffer>>& buffers);
+    void clearTopInputFrameExifData();
+
+    int32_t mInitStatus = NO_INIT;
+    int32_t mWidth = 0;
+    int32_t mHeight = 0;
+    int32_t mStride = 0;
+    int32_t mSliceHeight = 0;
+    int32_t mColorFormat = 0;
+    int32_t mQuality = 95;
+    int32_t mRotation = 0;
+    int32_t mImageCount = 1;
+    int32_t mTileCount = 1;
+    // Written by the looper, polled by the caller; each release makes what the looper did before it visible.
+    std::atomic<bool> mEncodeDone{false};
+    std::atomic<bool> mInputConsumed{false};
+    /** From before the message is posted until the looper is done with it. */
+    std::atomic<bool> mFrameInFlight{false};
+    sp<QuillHeifEncoder> mEncoder;
+    sp<AMessage> mOutputFormat;
+    sp<MediaMuxer> mMuxer;
+    sp<ALooper> mLooper;
+    bool mMuxerStarted = false;
+    Vector<InputFrame> mInputFrames;
+    bool mHasXmp = false;
+    uint8_t* mXmpData = nullptr;
+    uint32_t mXmpSize = 0;
+    int32_t mThmbWidth = 0;
+    int32_t mThmbHeight = 0;
+    uint8_t* mEncodedData = nullptr;
+    uint32_t mEncodedSize = 0;
+    int32_t* mTrackIndices = nullptr;
+    Callback mCallback = nullptr;
+    std::shared_ptr<void> mHeldMemory;
+};
+
+}  // namespace android
