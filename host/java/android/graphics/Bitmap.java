@@ -1,0 +1,103 @@
+package android.graphics;
+
+import java.nio.Buffer;
+import java.nio.ByteBuffer;
+import java.util.Objects;
+
+/** The workstation's bitmap: pixels in direct memory, rows back to back, read by the native bitmap functions. */
+public final class Bitmap {
+    /** How a pixel is stored, with the native format code and size of each. */
+    public enum Config {
+        ALPHA_8(8, 1),
+        RGB_565(4, 2),
+        /** Bytes in the order R, G, B, A whatever the name says. */
+        ARGB_8888(1, 4),
+        RGBA_F16(9, 8);
+
+        private final int mFormat;
+        private final int mPixelBytes;
+
+        Config(int format, int pixelBytes) {
+            mFormat = format;
+            mPixelBytes = pixelBytes;
+        }
+    }
+
+    private final int mWidth;
+    private final int mHeight;
+    private final int mFormat;
+    private final Config mConfig;
+    private ByteBuffer mPixels;  // null once recycled
+
+    private Bitmap(int width, int height, Config config) {
+        mWidth = width;
+        mHeight = height;
+        mConfig = config;
+        mFormat = config.mFormat;
+        mPixels = ByteBuffer.allocateDirect(Math.toIntExact((long) getRowBytes() * height));
+    }
+
+    /** A bitmap of zero bytes; sizes in pixels, above 0. */
+    public static Bitmap createBitmap(int width, int height, Config config) {
+        Objects.requireNonNull(config, "config");
+        if (width <= 0 || height <= 0) throw new IllegalArgumentException("width and height must be > 0");
+        return new Bitmap(width, height, config);
+    }
+
+    public int getWidth() {
+        return mWidth;
+    }
+
+    public int getHeight() {
+        return mHeight;
+    }
+
+    public Config getConfig() {
+        return mConfig;
+    }
+
+    /** Distance of two rows in bytes. */
+    public int getRowBytes() {
+        return Math.multiplyExact(mWidth, mConfig.mPixelBytes);
+    }
+
+    /** Bytes of all pixels. */
+    public int getByteCount() {
+        return getRowBytes() * mHeight;
+    }
+
+    /** Takes all pixels, as they are stored, from a byte buffer's position on. */
+    public void copyPixelsFromBuffer(Buffer source) {
+        ByteBuffer pixels = pixels();
+        ByteBuffer bytes = (ByteBuffer) source;
+        if (bytes.remaining() < pixels.capacity()) throw new RuntimeException("Buffer not large enough for pixels");
+        pixels.duplicate().put(bytes.slice().limit(pixels.capacity()));
+        bytes.position(bytes.position() + pixels.capacity());
+    }
+
+    /** Puts all pixels, as they are stored, into a byte buffer from its position on. */
+    public void copyPixelsToBuffer(Buffer target) {
+        ByteBuffer bytes = (ByteBuffer) target;
+        if (bytes.remaining() < pixels().capacity()) throw new RuntimeException("Buffer not large enough for pixels");
+        bytes.put(pixels().duplicate());
+    }
+
+    /** Gives the pixels back; the bitmap is of no use afterwards. */
+    public void recycle() {
+        mPixels = null;
+    }
+
+    public boolean isRecycled() {
+        return mPixels == null;
+    }
+
+    private ByteBuffer pixels() {
+        if (mPixels == null) throw new IllegalStateException("Can't use a recycled bitmap");
+        return mPixels;
+    }
+
+    @Override
+    public String toString() {
+        return mWidth + "x" + mHeight + " " + mConfig + " (native format " + mFormat + ")";
+    }
+}

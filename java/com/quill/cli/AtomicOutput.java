@@ -1,0 +1,89 @@
+package com.quill.cli;
+
+import java.io.FileDescriptor;
+import java.io.IOException;
+import java.io.RandomAccessFile;
+import java.nio.file.Files;
+import java.nio.file.Path;
+import java.nio.file.StandardCopyOption;
+import java.util.HashSet;
+import java.util.Set;
+import java.util.concurrent.ThreadLocalRandom;
+
+/**
+ * A file that appears under its name only when it is whole. It grows under another name in the same folder, which goes
+ * away on close, and when the process is interrupted.
+ */
+final class AtomicOutput implements AutoCloseable {
+    private static final int kProbeBytes = 1 << 16;
+
+    private static final Set<Path> gUnfinished = new HashSet<>();
+    private static boolean gInterrupted;
+
+    static {
+        Runtime.getRuntime().addShutdownHook(new Thread(AtomicOutput::removeUnfinished));
+    }
+
+    private final Path mTarget;
+    private final Path mGrowing;
+    private final RandomAccessFile mFile;
+
+    AtomicOutput(Path target) throws IOException {
+        mTarget = target;
+        mGrowing = createBeside(target);
+        mFile = new RandomAccessFile(mGrowing.toFile(), "rw");
+    }
+
+    /** Open for reading and writing at offset 0. */
+    FileDescriptor descriptor() throws IOException {
+        return mFile.getFD();
+    }
+
+    /** Why the file cannot take more data, or null when it can or is closed already; spoils what was written. */
+    String whyFull() {
+        if (!mFile.getChannel().isOpen()) return null;
+        try {
+            mFile.seek(mFile.length());
+            mFile.write(new byte[kProbeBytes]);
+            mFile.getFD().sync();
+            return null;
+        } catch (IOException e) {
+            return e.getMessage();
+        }
+    }
+
+    /** Brings the data to the disk, checks the file and gives it its name, replacing a file that has it already. */
+    void publish() throws IOException {
+        mFile.getFD().sync();
+        HeifFileCheck.check(mGrowing);
+        mFile.close();
+        Files.move(mGrowing, mTarget, StandardCopyOption.ATOMIC_MOVE);
+        forget(mGrowing);
+    }
+
+    @Override
+    public void close() throws IOException {
+        mFile.close();
+        if (forget(mGrowing)) Files.deleteIfExists(mGrowing);
+    }
+
+    private static synchronized Path createBeside(Path target) throws IOException {
+        if (gInterrupted) throw new IOException("interrupted");
+        String unique = Long.toString(ThreadLocalRandom.current().nextLong(Long.MAX_VALUE), Character.MAX_RADIX);
+        Path path = target.resolveSibling("." + unique + ".heic.part");
+        Files.createFile(path);  // fails when it exists; the usual permissions
+        gUnfinished.add(path);
+        return path;
+    }
+
+    private static synchronized boolean forget(Path path) {
+        return gUnfinished.remove(path);
+    }
+
+    private static synchronized void removeUnfinished() {
+        gInterrupted = true;
+        for (Path path : gUnfinished) {
+            path.toFile().delete();
+        }
+    }
+}

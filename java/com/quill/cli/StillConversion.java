@@ -1,0 +1,127 @@
+package com.quill.cli;
+
+import com.quill.media.ColorFormat;
+import com.quill.media.FrameLayout;
+import com.quill.media.QuillHeifWriter;
+import java.io.IOException;
+import java.nio.file.Files;
+import java.nio.file.Path;
+import java.util.Locale;
+import java.util.concurrent.TimeUnit;
+
+/** Turns photographs into HEIF stills through the native library, as a camera app does. */
+final class StillConversion {
+    /** Take the rotation from the photograph. */
+    static final int kAutomaticRotation = -1;
+
+    // How long the library waits for its encoder.
+    private static final long kTimeoutNanos = TimeUnit.SECONDS.toNanos(10);
+
+    private final ColorFormat mFormat;  // null: by the picture
+    private final int mQuality;
+    private final int mRotation;
+
+    /** What was written. */
+    static final class Result {
+        final FrameLayout mLayout;
+        final long mBytes;
+        final long mNanos;
+
+        Result(FrameLayout layout, long bytes, long nanos) {
+            mLayout = layout;
+            mBytes = bytes;
+            mNanos = nanos;
+        }
+    }
+
+    /** A photograph as the library takes it. */
+    private static final class Frame {
+        final FrameLayout mLayout;
+        final byte[] mPixels;
+        final byte[] mExif;
+        final int mRotation;
+
+        Frame(FrameLayout layout, byte[] pixels, byte[] exif, int rotation) {
+            mLayout = layout;
+            mPixels = pixels;
+            mExif = exif;
+            mRotation = rotation;
+        }
+    }
+
+    /**
+     * Every still in one quality and frame format; a null format is chosen by the picture. Rotation in degrees or
+     * {@link #kAutomaticRotation}.
+     */
+    StillConversion(ColorFormat format, int quality, int rotation) {
+        mFormat = format;
+        mQuality = quality;
+        mRotation = rotation;
+    }
+
+    /** Writes {@code target}, or leaves it as it was and throws an IOException that says why. */
+    Result run(Path photo, Path target) throws IOException {
+        long start = System.nanoTime();
+        Frame frame = load(photo);
+        try (AtomicOutput output = new AtomicOutput(target)) {
+            write(frame, output);
+        }
+        return new Result(frame.mLayout, Files.size(target), System.nanoTime() - start);
+    }
+
+    // Its own method, so that the decoded image is gone before the library takes its copy of the frame.
+    private Frame load(Path file) throws IOException {
+        Photograph photo = Photograph.read(file);
+        RgbRows rows = ImageRows.of(photo.image());
+        Orientation orientation = mRotation == kAutomaticRotation
+                ? Orientation.ofTiff(ExifBlock.orientation(photo.exif()))
+                : Orientation.ofRotation(mRotation);
+        // The container turns the picture now; a reader that heeds both would turn it twice.
+        ExifBlock.setUpright(photo.exif());
+        FrameLayout layout = layoutOf(rows);
+        byte[] pixels = FrameConverter.convert(orientation.mMirrored ? rows.mirrored() : rows, layout);
+        return new Frame(layout, pixels, photo.exif(), orientation.mRotation);
+    }
+
+    private FrameLayout layoutOf(RgbRows rows) throws IOException {
+        try {
+            return FrameLayout.evenlyPadded(rows.width(), rows.height(), formatFor(rows.width()));
+        } catch (IllegalArgumentException e) {
+            throw new IOException(e.getMessage(), e);
+        }
+    }
+
+    // A row of chroma is read up to the picture's width, so with an odd one half of its last sample is missing.
+    private ColorFormat formatFor(int width) {
+        if (mFormat != null) return mFormat;
+        return width % 2 == 0 ? ColorFormat.NV12 : ColorFormat.RGBA8888;
+    }
+
+    private void write(Frame frame, AtomicOutput output) throws IOException {
+        long start = System.nanoTime();
+        boolean encoded = false;
+        try (QuillHeifWriter writer = new QuillHeifWriter(frame.mLayout, mQuality, frame.mRotation)) {
+            writer.writePhoto(frame.mPixels, frame.mExif, output.descriptor());
+            encoded = true;
+            output.publish();
+        } catch (IOException e) {
+            String full = output.whyFull();
+            if (full != null) throw new IOException("the output cannot be written: " + full, e);
+            if (encoded) throw e;
+            throw new IOException(whyNotEncoded(frame.mLayout, System.nanoTime() - start), e);
+        }
+    }
+
+    private static String whyNotEncoded(FrameLayout layout, long nanos) {
+        String frame = layout.width() + "x" + layout.height() + " " + nameOf(layout.format());
+        if (nanos >= kTimeoutNanos) {
+            return "the encoder did not finish a picture of " + frame + " in time; --verbose shows its log";
+        }
+        return "the encoder refuses a picture of " + frame + "; --verbose shows why";
+    }
+
+    /** A format's name on the command line. */
+    static String nameOf(ColorFormat format) {
+        return format == ColorFormat.RGBA8888 ? "rgba" : format.name().toLowerCase(Locale.ROOT);
+    }
+}

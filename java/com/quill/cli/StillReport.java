@@ -1,0 +1,64 @@
+package com.quill.cli;
+
+import java.io.PrintWriter;
+import java.nio.file.Path;
+import java.util.Locale;
+
+/** What the user sees while stills are written: a line each, and over many a progress bar on a terminal. */
+final class StillReport {
+    private static final int kBarWidth = 30;
+    private static final String kClearLine = "\r\033[K";
+
+    private final PrintWriter mOut;
+    private final PrintWriter mErr;
+    private final int mTotal;
+    private final boolean mShowsBar;
+    private int mDone;
+
+    StillReport(PrintWriter out, PrintWriter err, int total, boolean terminal) {
+        mOut = out;
+        mErr = err;
+        mTotal = total;
+        mShowsBar = terminal && total > 1;
+        drawBar();
+    }
+
+    void written(PlannedStill still, StillConversion.Result result) {
+        clearBar();
+        mOut.println(String.format(Locale.ROOT, "%s -> %s  %dx%d  %s  %s  %.1f s", still.mPhoto, still.mTarget,
+                result.mLayout.width(), result.mLayout.height(), StillConversion.nameOf(result.mLayout.format()),
+                sizeText(result.mBytes), result.mNanos / 1e9));
+        mOut.flush();
+        step();
+    }
+
+    void failed(Path photo, String why) {
+        clearBar();
+        mErr.println("quill: " + photo + ": " + why);
+        mErr.flush();
+        step();
+    }
+
+    private void step() {
+        ++mDone;
+        if (mDone < mTotal) drawBar();
+    }
+
+    private void drawBar() {
+        if (!mShowsBar) return;
+        int full = kBarWidth * mDone / mTotal;
+        mErr.print("[" + "#".repeat(full) + " ".repeat(kBarWidth - full) + "] " + mDone + "/" + mTotal);
+        mErr.flush();
+    }
+
+    private void clearBar() {
+        if (!mShowsBar) return;
+        mErr.print(kClearLine);
+        mErr.flush();
+    }
+
+    private static String sizeText(long bytes) {
+        if (bytes < 100_000) return String.format(Locale.ROOT, "%.1f kB", bytes / 1e3);
+        return String.format(Locale.ROOT, "%.1f MB", bytes / 1e6);
+    }
+}

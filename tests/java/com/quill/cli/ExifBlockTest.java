@@ -1,0 +1,91 @@
+package com.quill.cli;
+
+import static org.junit.jupiter.api.Assertions.assertArrayEquals;
+import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertNull;
+
+import java.io.ByteArrayInputStream;
+import java.io.IOException;
+import java.nio.ByteOrder;
+import java.util.Arrays;
+import java.util.Random;
+import java.util.stream.Stream;
+import org.junit.jupiter.api.Test;
+import org.junit.jupiter.params.ParameterizedTest;
+import org.junit.jupiter.params.provider.CsvSource;
+import org.junit.jupiter.params.provider.MethodSource;
+
+class ExifBlockTest {
+    static Stream<ByteOrder> orders() {
+        return Stream.of(ByteOrder.LITTLE_ENDIAN, ByteOrder.BIG_ENDIAN);
+    }
+
+    private static byte[] find(byte[] jpeg) throws IOException {
+        return ExifBlock.find(new ByteArrayInputStream(jpeg));
+    }
+
+    @Test
+    void find_TakesThePayloadWithoutMarkerAndLength() throws IOException {
+        byte[] block = Pictures.exif(ByteOrder.LITTLE_ENDIAN, 6);
+        assertArrayEquals(block, find(Pictures.jpegWithExif(16, 16, block)));
+    }
+
+    @Test
+    void find_NoneInPlainOrCutFiles() throws IOException {
+        assertNull(find(Pictures.jpeg(16, 16)));
+        byte[] jpeg = Pictures.jpegWithExif(16, 16, Pictures.exif(ByteOrder.LITTLE_ENDIAN, 6));
+        int end = 2 + 4 + Pictures.exif(ByteOrder.LITTLE_ENDIAN, 6).length;
+        for (int length = 0; length < end; ++length) assertNull(find(Arrays.copyOf(jpeg, length)));
+        assertNull(find(new byte[] {(byte) 0xff, (byte) 0xd8, (byte) 0xff, (byte) 0xe1, 0, 1}));  // length below 2
+    }
+
+    @ParameterizedTest
+    @MethodSource("orders")
+    void setUpright_ChangesTheOrientationAndNothingElse(ByteOrder order) {
+        byte[] block = Pictures.exif(order, 8);
+        assertEquals(8, ExifBlock.orientation(block));
+        ExifBlock.setUpright(block);
+        assertArrayEquals(Pictures.exif(order, 1), block);
+    }
+
+    @ParameterizedTest
+    @MethodSource("orders")
+    void orientation_ValueThatDoesNotExistIsUpright(ByteOrder order) {
+        assertEquals(1, ExifBlock.orientation(Pictures.exif(order, 0)));
+        assertEquals(1, ExifBlock.orientation(Pictures.exif(order, 9)));
+        assertEquals(1, ExifBlock.orientation(null));
+    }
+
+    @ParameterizedTest
+    @MethodSource("orders")
+    void orientation_BlockCutAnywhereIsReadWithinItsBounds(ByteOrder order) {
+        byte[] whole = Pictures.exif(order, 6);
+        for (int length = 0; length < whole.length; ++length) {
+            byte[] block = Arrays.copyOf(whole, length);
+            boolean entryIsWhole = length >= Pictures.orientationAt() + 4;
+            assertEquals(entryIsWhole ? 6 : 1, ExifBlock.orientation(block), "cut to " + length);
+            ExifBlock.setUpright(block);
+        }
+    }
+
+    @Test
+    void orientation_GarbageNeverThrows() {
+        Random random = new Random(7);
+        for (int round = 0; round < 200_000; ++round) {
+            byte[] block = Pictures.exif(ByteOrder.LITTLE_ENDIAN, 6);
+            for (int i = random.nextInt(6); i >= 0; --i) {
+                block[6 + random.nextInt(block.length - 6)] = (byte) random.nextInt();
+            }
+            ExifBlock.orientation(block);
+            ExifBlock.setUpright(block);
+        }
+    }
+
+    @ParameterizedTest
+    @CsvSource({"1, false, 0", "2, true, 0", "3, false, 180", "4, true, 180", "5, true, 270", "6, false, 90",
+        "7, true, 90", "8, false, 270"})
+    void orientation_IsAMirrorAndAClockwiseTurn(int tiff, boolean mirrored, int rotation) {
+        assertEquals(mirrored, Orientation.ofTiff(tiff).mMirrored);
+        assertEquals(rotation, Orientation.ofTiff(tiff).mRotation);
+    }
+}

@@ -1,0 +1,90 @@
+package com.quill.cli;
+
+import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertTrue;
+
+import java.io.IOException;
+import java.nio.charset.StandardCharsets;
+import java.nio.file.FileSystems;
+import java.nio.file.Files;
+import java.nio.file.Path;
+import java.nio.file.StandardWatchEventKinds;
+import java.nio.file.WatchService;
+import java.util.ArrayList;
+import java.util.List;
+import java.util.concurrent.TimeUnit;
+import java.util.stream.Collectors;
+import java.util.stream.Stream;
+import org.junit.jupiter.api.Test;
+import org.junit.jupiter.api.io.TempDir;
+
+/** The command as a process of its own, where the system's limits and signals reach it. */
+class StillProcessTest {
+    @TempDir
+    Path mFolder;
+
+    /** Starts the command behind a shell that first runs {@code setUp}. */
+    private Process start(String setUp, String... arguments) throws IOException {
+        List<String> command = new ArrayList<>(List.of("bash", "-c", setUp + "exec \"$@\"", "bash",
+                Path.of(System.getProperty("java.home"), "bin", "java").toString(),
+                "-Djava.library.path=" + System.getProperty("java.library.path"), "-cp",
+                System.getProperty("java.class.path"), Quill.class.getName(), "still"));
+        command.addAll(List.of(arguments));
+        return new ProcessBuilder(command).redirectErrorStream(true).start();
+    }
+
+    private static String output(Process process) throws IOException {
+        return new String(process.getInputStream().readAllBytes(), StandardCharsets.UTF_8);
+    }
+
+    private List<String> files() throws IOException {
+        try (Stream<Path> files = Files.list(mFolder)) {
+            return files.map(file -> file.getFileName().toString()).sorted().collect(Collectors.toList());
+        }
+    }
+
+    @Test
+    void still_FullDiskIsReportedAndLeavesNothing() throws Exception {
+        Path photo = Pictures.writeJpeg(mFolder.resolve("photo.jpg"), 640, 480);
+        // A limit of one block for a file stands for a full disk; the JVM's own file of counters would not fit either.
+        Process process = start("ulimit -f 1; export JAVA_TOOL_OPTIONS=-XX:-UsePerfData; ", photo.toString());
+        String output = output(process);
+        assertEquals(1, process.waitFor(), output);
+        assertTrue(output.contains("photo.jpg: the output cannot be written: File too large"), output);
+        assertEquals(List.of("photo.jpg"), files());
+    }
+
+    @Test
+    void still_RefusalByTheEncoderNamesThePictureAndLeavesNothing() throws Exception {
+        Path photo = Pictures.writeJpeg(mFolder.resolve("photo.jpg"), 96, 64);
+        Process process = start("export QUILL_DEVICE=no-encoder; ", photo.toString(), "--format", "rgba");
+        String output = output(process);
+        assertEquals(1, process.waitFor(), output);
+        assertTrue(output.contains("photo.jpg: the encoder refuses a picture of 96x64 rgba"), output);
+        assertEquals(List.of("photo.jpg"), files());
+    }
+
+    @Test
+    void still_PipeIsNeitherReadNorReplaced() throws Exception {
+        Path photo = Pictures.writeJpeg(mFolder.resolve("photo.jpg"), 96, 64);
+        Path pipe = mFolder.resolve("pipe");
+        Process process = start("mkfifo " + pipe + "; ", photo.toString(), "-o", pipe.toString());
+        assertTrue(output(process).contains("photo.jpg: the output " + pipe + " is not a regular file"));
+        process = start("", pipe.toString());
+        assertTrue(output(process).contains("pipe: is not a regular file"));
+        assertEquals(List.of("photo.jpg", "pipe"), files());
+    }
+
+    @Test
+    void still_InterruptedRunRemovesItsUnfinishedFile() throws Exception {
+        Path photo = Pictures.writeJpeg(mFolder.resolve("photo.jpg"), 4000, 3000);
+        try (WatchService watch = FileSystems.getDefault().newWatchService()) {
+            mFolder.register(watch, StandardWatchEventKinds.ENTRY_CREATE);
+            Process process = start("", photo.toString());
+            assertTrue(watch.poll(60, TimeUnit.SECONDS) != null, "no output was begun");
+            process.destroy();  // a SIGTERM, which ends a JVM as Ctrl-C does
+            assertTrue(process.waitFor() != 0, "the signal came too late");
+        }
+        assertEquals(List.of("photo.jpg"), files());
+    }
+}
