@@ -1,0 +1,214 @@
+// Which frames can be encoded, how, and with which component, over devices written for the purpose.
+#include <gmock/gmock.h>
+
+#include <optional>
+
+#include <media/stagefright/foundation/AString.h>
+
+#include "HeicEncoderInfoManager.h"
+#include "support/ChildProcess.h"
+#include "support/LogCapture.h"
+#include "support/TestDevice.h"
+#include "testing/Faults.h"
+
+namespace {
+
+using namespace android;
+using namespace quill::test;
+using android::camera3::FrameRateMaps;
+using android::camera3::HeicEncoderInfoManager;
+using android::camera3::SizePairHash;
+using quill::host::Fault;
+using quill::host::Faults;
+
+constexpr char kTag[] = "HeicEncoderInfoManager";
+
+Codec heic(const std::string& sizes) { return {"c2.test.heic", sizes, "", "image/vnd.android.heic"}; }
+
+struct Query {
+    int32_t width;
+    int32_t height;
+};
+
+/** "no", "whole NAME" or "grid NAME". */
+std::string answer(const Query& query) {
+    bool useGrid = false;
+    AString name("untouched");
+    if (HeicEncoderInfoManager::getInstance().isSizeSupported(query.width, query.height, &useGrid, &name)) {
+        return (useGrid ? "grid " : "whole ") + std::string(name.c_str());
+    }
+    return useGrid || name != "untouched" ? "no, but something was stored" : "no";
+}
+
+std::string answerOn(const std::string& codecs, const Query& query) {
+    return inChild([&] {
+        const TestDevice device(codecs);
+        return answer(query);
+    });
+}
+
+/** What a device logs while its codecs are read. */
+std::vector<std::string> linesOn(const std::string& codecs, const std::string& fault = "") {
+    return cutIntoLines(inChild([&] {
+        const TestDevice device(codecs);
+        const LogCapture log;
+        if (!fault.empty()) Faults::instance().inject(fault, Fault::failing(-1));
+        HeicEncoderInfoManager::getInstance();
+        return joined(log.of(kTag));
+    }));
+}
+
+const char kAdopted[] = "c2.test.hevc.encoder";
+
+TEST(HeicEncoderInfo, SizeDecidesAboutGrid) {
+    const std::string hevc = xml(Codec{});
+    const std::string both = hevc + xml(heic("600x600-1000x1000"));
+    const struct {
+        std::string codecs;
+        Query query;
+        std::string expected;
+    } kCases[] = {
+            {hevc, {512, 512}, "whole "},  {hevc, {513, 512}, "grid "},
+            {hevc, {512, 513}, "grid "},   {hevc, {64, 64}, "whole "},
+            {hevc, {63, 64}, "grid "},     {hevc, {32, 32}, "grid "},
+            {hevc, {8000, 6000}, "grid "}, {both, {600, 600}, "grid "},
+            {both, {1000, 1000}, "grid "}, {both, {500, 500}, "whole "},
+            {both, {1001, 1000}, "grid "}, {hevc + xml(heic("64x64-512x512")), {512, 512}, "grid "},
+    };
+    for (const auto& test : kCases) {
+        EXPECT_EQ(test.expected + kAdopted, answerOn(test.codecs, test.query))
+                << test.query.width << "x" << test.query.height << " on\n"
+                << test.codecs;
+    }
+}
+
+TEST(HeicEncoderInfo, EncoderMustSuit) {
+    const Codec suitable{"c2.test.second"};
+    struct Case {
+        const char* what;
+        Codec first;
+        bool adopted;
+    };
+    const Case kCases[] = {
+            {"software", {kAdopted, "64x64-4096x4096", "CQ", "video/hevc", false}, false},
+            {"no constant quality", {kAdopted, "64x64-4096x4096", "VBR,CBR"}, false},
+            {"CQ within a longer word", {kAdopted, "64x64-4096x4096", "CQX,XCQ"}, false},
+            {"no bitrate modes", {kAdopted, "64x64-4096x4096", ""}, false},
+            {"no tile as small", {kAdopted, "1024x1024-4096x4096", "CQ"}, false},
+            {"no tile as wide", {kAdopted, "64x64-511x4096", "CQ"}, false},
+            {"no tile as high", {kAdopted, "64x64-4096x511", "CQ"}, false},
+            {"range that does not parse", {kAdopted, "128x96", "CQ"}, false},
+            {"CQ first", {kAdopted, "64x64-4096x4096", "CQ,VBR"}, true},
+            {"CQ in the middle", {kAdopted, "64x64-4096x4096", "VBR,CQ,CBR"}, true},
+            {"CQ alone", {kAdopted, "64x64-4096x4096", "CQ"}, true},
+            {"CQ last", {kAdopted, "64x64-4096x4096", "CBR,CQ"}, true},
+            {"mixed separators", {kAdopted, "64*64-8192x8192", "CQ"}, true},
+            {"exactly one tile", {kAdopted, "512x512-512x512", "CQ"}, true},
+    };
+    for (const Case& test : kCases) {
+        const std::string chosen = test.adopted ? kAdopted : suitable.name;
+        EXPECT_EQ("whole " + chosen, answerOn(xml(test.first) + xml(suitable), {512, 512})) << test.what;
+        if (!test.adopted) {
+            EXPECT_EQ("no", answerOn(xml(test.first), {512, 512})) << test.what;
+        }
+    }
+}
+
+TEST(HeicEncoderInfo, HeicEncoderNeedsHevcEncoder) {
+    const std::string lonely = xml(heic("64x64-4096x4096"));
+    EXPECT_EQ("no", answerOn(lonely, {512, 512}));
+    EXPECT_THAT(linesOn(lonely),
+                testing::ElementsAre("E/initialize: Device must support HEVC codec if HEIC codec is available!"));
+    EXPECT_THAT(linesOn(""), testing::IsEmpty());
+    EXPECT_EQ("no", answerOn("", {512, 512}));
+    const std::string unbounded = xml(Codec{}) + xml(heic("128x96"));
+    EXPECT_EQ(std::string("grid ") + kAdopted, answerOn(unbounded, {1, 1}));
+    EXPECT_EQ(std::string("grid ") + kAdopted, answerOn(unbounded, {512, 512}));
+}
+
+TEST(HeicEncoderInfo, UnreadableCodecsEndTheSearch) {
+    const std::string good = xml(Codec{});
+    const std::string rate = "<Limit name=\"measured-frame-rate-1920x1080\" range=\"30\"/>";
+    const std::string both = good + xml(heic("64x64-4096x4096"));
+    const std::string hevc = "E/getHevcCodecDetails: [c2.test.hevc.encoder] ",
+                      none = "E/getCodecDetails: Failed to get ";
+    const std::string noRange = "E/getCodecSizeRange: Failed to query size range for codec ";
+    const struct {
+        std::string codecs;
+        std::string fault;
+        std::vector<std::string> lines;
+    } kCases[] = {
+            {xml({"c2.bad", ""}) + good,
+             "",
+             {noRange + "video/hevc",
+              "E/getHevcCodecDetails: [c2.bad] Failed to get size range: Invalid argument (-22)"}},
+            {xml({"c2.bad", "4096x64-64x4096"}) + good,
+             "",
+             {"E/getCodecSizeRange: Invalid video/hevc code size range: 4096x64-64x4096",
+              "E/getHevcCodecDetails: [c2.bad] Failed to get size range: Invalid argument (-22)"}},
+            {xml({"c2.bad", "64x64-4096x4096", "CQ", "video/hevc", true, rate}) + good,
+             "",
+             {"E/getHevcCodecDetails: [c2.bad] Failed to get size range: Invalid argument (-22)"}},
+            {good + xml(heic("")),
+             "",
+             {noRange + "image/vnd.android.heic",
+              "E/initialize: Failed to get HEIC codec size range: Invalid argument (-22)"}},
+            {good, "MediaCodecList::getCodecInfo", {"E/getHevcCodecDetails: Failed to get codec info for video/hevc"}},
+            {good, "MediaCodecInfo::getCapabilitiesFor", {hevc + "Failed to get capabilities"}},
+            {good, "MediaCodecInfo::Capabilities::getDetails", {hevc + "Failed to get details"}},
+            // Where there is a HEIC encoder, the first call is for that: it is then as if there were none.
+            {both, "MediaCodecList::getCodecInfo", {none + "codec info for image/vnd.android.heic"}},
+            {both, "MediaCodecInfo::getCapabilitiesFor", {none + "capabilities for codec image/vnd.android.heic"}},
+            {both, "MediaCodecInfo::Capabilities::getDetails", {none + "details for codec image/vnd.android.heic"}},
+    };
+    for (const auto& test : kCases) {
+        EXPECT_EQ(test.lines, linesOn(test.codecs, test.fault)) << test.codecs << test.fault;
+        if (test.fault.empty()) {
+            EXPECT_EQ("no", answerOn(test.codecs, {512, 512})) << test.codecs;
+        }
+    }
+    EXPECT_THAT(linesOn(xml({"c2.bad", "64x64-4096x4096", ""}) + good),
+                testing::ElementsAre("E/getHevcCodecDetails: [c2.bad] Failed to query bitrate modes"));
+}
+
+TEST(HeicEncoderInfo, NoCodecListIsNoEncoder) {
+    Faults::instance().inject("MediaCodecList::getInstance", Fault::failing(-1));
+    const LogCapture log;
+    EXPECT_EQ("no", answer({512, 512}));
+    EXPECT_THAT(log.of(kTag), testing::ElementsAre("I/isSizeSupported mHasHEIC 0[0*0-2147483647*2147483647] "
+                                                   "mHasHEVC 0[0*0-0*0], HEVCname "));
+}
+
+TEST(HeicEncoderInfo, EveryQueryLogsWhatIsKnown) {
+    const TestDevice device(xml(Codec{}) + xml(heic("96x96-1000x2000")));
+    const LogCapture log;
+    EXPECT_EQ(std::string("whole ") + kAdopted, answer({80, 80}));
+    bool useGrid = false;
+    EXPECT_TRUE(HeicEncoderInfoManager::getInstance().isSizeSupported(513, 513, &useGrid, nullptr));
+    EXPECT_TRUE(useGrid);
+    EXPECT_FALSE(HeicEncoderInfoManager::getInstance().isSizeSupported(512, 512, nullptr, nullptr));
+    const std::string known =
+            "I/isSizeSupported mHasHEIC 1[96*96-1000*2000] mHasHEVC 1[64*64-4096*4096], HEVCname c2.test.hevc.encoder";
+    EXPECT_THAT(
+            log.of(kTag),
+            testing::ElementsAre(known, known, testing::StartsWith("E/isSizeSupported: invalid parameters: useGrid ")));
+}
+
+TEST(FindClosestSize, SmallestAreaDifferenceWins) {
+    setenv("QUILL_DEVICE", "no-codec-list", 1);
+    const HeicEncoderInfoManager& manager = HeicEncoderInfoManager::getInstance();
+    FrameRateMaps sizes;
+    EXPECT_EQ(sizes.end(), manager.findClosestSize(sizes, 1600, 900));
+    sizes = {{{1280, 720}, {30, 60}}, {{1920, 1080}, {15, 30}}};
+    EXPECT_EQ(1280, manager.findClosestSize(sizes, 1600, 900)->first.first);
+    EXPECT_EQ(1920, manager.findClosestSize(sizes, 4000, 3000)->first.first);
+    // Equal areas: the first met. An area that wraps to a negative one counts as it is.
+    sizes = {{{200, 100}, {1, 2}}, {{100, 200}, {3, 4}}};
+    EXPECT_EQ(sizes.begin(), manager.findClosestSize(sizes, 10, 10));
+    sizes = {{{65536, 32768}, {1, 2}}};
+    EXPECT_EQ(sizes.begin(), manager.findClosestSize(sizes, 0, 0));
+    EXPECT_EQ(static_cast<size_t>(-31), SizePairHash()({-1, 0}));
+    EXPECT_EQ(static_cast<size_t>(-1194967289), SizePairHash()({100000000, 7})) << "wraps at 32 bits";
+}
+
+}  // namespace

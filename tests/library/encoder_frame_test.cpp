@@ -1,0 +1,250 @@
+// One frame through the codec: what is fed, what is collected, and what is said when the codec misbehaves.
+#include <gmock/gmock.h>
+
+#include "QuillHeifEncoder.h"
+#include "support/CameraFrames.h"
+#include "support/LogCapture.h"
+#include "support/TestDevice.h"
+#include "testing/CallLog.h"
+#include "testing/Clock.h"
+#include "testing/Faults.h"
+
+namespace {
+
+using namespace android;
+using namespace quill::test;
+using quill::host::CallLog;
+using quill::host::Clock;
+using quill::host::Fault;
+using quill::host::Faults;
+using testing::ElementsAre;
+
+constexpr char kTag[] = "QuillHeifEncoder";
+constexpr char kDequeueOutput[] = "MediaCodec::dequeueOutputBuffer";
+constexpr int kAlways = 1 << 20;
+constexpr Geometry kSmall{300, 200, 300, 200};
+constexpr Geometry kFourTiles{1000, 700, 1024, 704};
+
+/** A started encoder that logs errors only, and its frame. */
+struct Encoding {
+    explicit Encoding(InputColorFormat format, const Geometry& geometry = kSmall, const char* verbosity = "0")
+            : frame(makeFrame(format, geometry)) {
+        setProperties(std::string("debug.quill.host.x265.preset=ultrafast,debug.quill.video.log.enable=") + verbosity);
+        encoder = new QuillHeifEncoder(geometry.width, geometry.height, geometry.stride, geometry.sliceHeight, format,
+                                       90);
+        EXPECT_EQ(OK, encoder->initializeCodec());
+        EXPECT_EQ(OK, encoder->start());
+    }
+    ~Encoding() { encoder->close(); }
+
+    status_t encode() { return encoder->addYuvBuffer(frame.bytes.data(), out); }
+    int calls(const char* call) const { return Faults::instance().occurrences()[call]; }
+
+    CameraFrame frame;
+    sp<QuillHeifEncoder> encoder;
+    std::vector<sp<ABuffer>> out;
+    LogCapture log;
+};
+
+void fail(const char* call, status_t status, int first = 1, int count = 1) {
+    Faults::instance().inject(call, Fault::failing(status), first, count);
+}
+
+TEST(EncoderFrame, EveryTileIsQueuedOnceWithItsTime) {
+    Encoding coding(FORMAT_NV12, kFourTiles);
+    CallLog::instance().start();
+    EXPECT_EQ(OK, coding.encode());
+    EXPECT_EQ(4u, coding.out.size());
+    std::vector<std::string> queued;
+    for (const std::string& call : CallLog::instance().of("MediaCodec::queueInputBuffer")) {
+        queued.push_back(call.substr(call.find(' ') + 1));  // whichever buffer was free
+    }
+    EXPECT_THAT(queued, ElementsAre("0 393216 132 0", "0 393216 250132 0", "0 393216 500132 0", "0 393216 750132 0"));
+    EXPECT_THAT(coding.log.of(kTag), ElementsAre("E/encode heif (err 0(NO_ERROR))"));
+}
+
+TEST(EncoderFrame, BufferSizeFollowsFormat) {
+    for (const auto& [format, bytes] : {std::pair(FORMAT_I420, "393216"), std::pair(FORMAT_P010, "786432")}) {
+        Encoding coding(format);
+        CallLog::instance().start();
+        EXPECT_EQ(OK, coding.encode());
+        EXPECT_THAT(CallLog::instance().of("MediaCodec::queueInputBuffer"),
+                    ElementsAre(testing::HasSubstr(std::string(" 0 ") + bytes + " 132 0")));
+    }
+}
+
+TEST(EncoderFrame, CodedTilesAreCopiesOfPicturesOnly) {
+    Encoding coding(FORMAT_NV12, kFourTiles, "5");
+    EXPECT_EQ(OK, coding.encode());
+    EXPECT_EQ(5, coding.calls("MediaCodec::releaseOutputBuffer")) << "the parameter sets are given back, not kept";
+    for (const sp<ABuffer>& tile : coding.out) {
+        ASSERT_GT(tile->size(), 5u);
+        EXPECT_THAT(std::vector<uint8_t>(tile->data(), tile->data() + 4), ElementsAre(0, 0, 0, 1));
+        EXPECT_LT(tile->data()[4] >> 1, 32) << "a slice, not a parameter set";
+    }
+    EXPECT_EQ(1, coding.log.count("D/QuillHeifEncoder: Received format change"));
+}
+
+TEST(EncoderFrame, TrackFormatIsThatOfTheWholeImage) {
+    for (const auto& [geometry, grid] : {std::pair(kFourTiles, true), std::pair(kSmall, false)}) {
+        Encoding coding(FORMAT_NV12, geometry);
+        ASSERT_EQ(OK, coding.encode());
+        const sp<AMessage> format = coding.encoder->getFormat();
+        AString mime;
+        int32_t value = 0;
+        EXPECT_TRUE(format->findString("mime", &mime));
+        EXPECT_STREQ("image/vnd.android.heic", mime.c_str());
+        EXPECT_TRUE(format->findInt32("width", &value) && value == geometry.width);
+        EXPECT_TRUE(format->findInt32("height", &value) && value == geometry.height);
+        for (const auto& [key, wanted] : {std::pair("tile-width", 512), std::pair("tile-height", 512),
+                                          std::pair("grid-cols", 2), std::pair("grid-rows", 2)}) {
+            EXPECT_EQ(grid, format->findInt32(key, &value) && value == wanted) << key;
+        }
+        sp<ABuffer> parameterSets;
+        EXPECT_TRUE(format->findBuffer("csd-0", &parameterSets));
+        format->setInt32("width", 1);
+        format->setInt32("grid-cols", 9);
+        EXPECT_EQ(format, coding.encoder->getFormat());
+        EXPECT_TRUE(format->findInt32("width", &value) && value == geometry.width);
+        EXPECT_TRUE(format->findInt32("grid-cols", &value) && value == 9) << "only the size is set in an image format";
+    }
+}
+
+TEST(EncoderFrame, RetryBudgetIsOneFrames) {
+    Encoding enough(FORMAT_NV12, kSmall, "5");
+    fail(kDequeueOutput, -11, 1, 700);
+    fail(kDequeueOutput, -11, 702, 799);  // the format change in between refills nothing
+    Clock::instance().setScale(1000);     // no wait of the codec's own runs out
+    EXPECT_EQ(OK, enough.encode());
+    EXPECT_EQ(1, enough.log.count("D/QuillHeifEncoder: Timed-out waiting for output.. retries left = 1499"));
+    EXPECT_EQ(1, enough.log.count("D/QuillHeifEncoder: Timed-out waiting for output.. retries left = 1"));
+
+    Clock::instance().setScale(1);
+    Faults::instance().reset();
+    Encoding spent(FORMAT_NV12);
+    fail(kDequeueOutput, -11, 1, kAlways);
+    EXPECT_EQ(-11, spent.encode());
+    EXPECT_EQ(1500, spent.calls(kDequeueOutput));
+    EXPECT_THAT(spent.log.of(kTag), ElementsAre("W/Received error -11 (WOULD_BLOCK) instead of output",
+                                                "E/encode heif (err -11(WOULD_BLOCK))"));
+}
+
+TEST(EncoderFrame, SwallowedTileRunsIntoTheTimeOut) {
+    Encoding coding(FORMAT_NV12, kFourTiles);
+    Faults::instance().inject("MediaCodec::queueInputBuffer", Fault::noOutput(), 2);
+    Clock::instance().setScale(0.02);
+    EXPECT_EQ(-11, coding.encode());
+    EXPECT_LE(coding.out.size(), 3u) << "what was collected stays";
+}
+
+TEST(EncoderFrame, SecondFrameFeedsNothing) {
+    Encoding coding(FORMAT_NV12);
+    ASSERT_EQ(OK, coding.encode());
+    Clock::instance().setScale(0.001);
+    EXPECT_EQ(-11, coding.encode());
+    EXPECT_EQ(1, coding.calls("MediaCodec::queueInputBuffer"));
+    EXPECT_EQ(1u, coding.out.size());
+}
+
+TEST(EncoderFrame, CodecFailuresEndTheFrame) {
+    const struct {
+        const char* call;
+        Fault fault;
+        status_t result;
+        std::vector<std::string> lines;
+        int queued;
+    } kCases[] = {
+            {kDequeueOutput,
+             Fault::failing(-38),
+             -38,
+             {"W/Received error -38 (INVALID_OPERATION) instead of output"},
+             1},
+            {kDequeueOutput, Fault::failing(-1010), -1010, {"W/Received error -1010 (?\?) instead of output"}, 1},
+            {"MediaCodec::getOutputFormat", Fault::failing(-38), -38, {}, 1},
+            {"MediaCodec::getOutputBuffer", Fault::failing(-38), -38, {"E/failed to get output buffer 0"}, 1},
+            {"MediaCodec::getInputBuffer", Fault::failing(-12), -12, {"E/failed to get input buffer 0"}, 0},
+            {"MediaCodec::getInputBuffer",
+             Fault::shortBuffer(393215),
+             -22,
+             {"E/buffer size (393216) too large for codec input size (393215)"},
+             0},
+            {"MediaCodec::getInputBuffer", Fault::nullBuffer(), -22, {"E/dstBuf is nullptr"}, 0},
+            {"MediaCodec::queueInputBuffer", Fault::failing(-12), -12, {}, 1},
+    };
+    for (const auto& test : kCases) {
+        Encoding coding(FORMAT_NV12);
+        Faults::instance().inject(test.call, test.fault);
+        EXPECT_EQ(test.result, coding.encode()) << test.call;
+        std::vector<std::string> lines = coding.log.of(kTag);
+        ASSERT_FALSE(lines.empty());
+        EXPECT_THAT(lines.back(), testing::StartsWith("E/encode heif (err " + std::to_string(test.result) + "("));
+        lines.pop_back();
+        EXPECT_EQ(test.lines, lines) << test.call;
+        EXPECT_EQ(test.queued, coding.calls("MediaCodec::queueInputBuffer")) << test.call;
+        EXPECT_TRUE(coding.out.empty());
+        EXPECT_EQ(0, coding.calls("MediaCodec::releaseOutputBuffer")) << test.call;
+        Faults::instance().reset();
+    }
+}
+
+TEST(EncoderFrame, NewsOfTheCodecIsNotOutput) {
+    Encoding coding(FORMAT_NV12, kSmall, "5");
+    fail(kDequeueOutput, -1014, 1, 2);
+    Faults::instance().inject(kDequeueOutput, Fault::formatChange(), 3);
+    EXPECT_EQ(OK, coding.encode());
+    EXPECT_EQ(2, coding.log.count("D/QuillHeifEncoder: Output buffers changed"));
+    EXPECT_EQ(2, coding.log.count("D/QuillHeifEncoder: Received format change"));
+}
+
+TEST(EncoderFrame, FullCodecIsFedAgainAfterDraining) {
+    Encoding coding(FORMAT_NV12, kFourTiles);
+    fail("MediaCodec::dequeueInputBuffer", -11, 2, 2);
+    EXPECT_EQ(OK, coding.encode());
+    EXPECT_EQ(4u, coding.out.size());
+    EXPECT_EQ(4, coding.calls("MediaCodec::queueInputBuffer"));
+}
+
+TEST(EncoderFrame, FailedQueueStopsNoOtherTile) {
+    Encoding coding(FORMAT_NV12, kFourTiles);
+    fail("MediaCodec::queueInputBuffer", -12, 1);
+    EXPECT_EQ(OK, coding.encoder->queueInputDataToByteBuffer(coding.frame.bytes.data(), 1500))
+            << "the last one's status";
+    EXPECT_EQ(4, coding.calls("MediaCodec::queueInputBuffer"));
+}
+
+TEST(EncoderFrame, SurfaceTakesOneTileACall) {
+    Encoding coding(FORMAT_RGBA8888, kFourTiles);
+    EXPECT_EQ(OK, coding.encode());
+    EXPECT_EQ(4u, coding.out.size());
+    EXPECT_EQ(4, coding.calls("ANativeWindow::queueBuffer"));
+    EXPECT_EQ(1, coding.calls("native_window_api_disconnect"));
+    EXPECT_EQ(0, coding.calls("MediaCodec::queueInputBuffer"));
+}
+
+TEST(EncoderFrame, SurfaceFailuresEndTheFrame) {
+    {
+        Encoding coding(FORMAT_RGBA8888);
+        fail("ANativeWindow::dequeueBuffer", -32);
+        EXPECT_EQ(-1, coding.encode());
+        EXPECT_THAT(coding.log.of(kTag), ElementsAre("E/Surface::dequeueBuffer returned error -32",
+                                                     "E/encode heif (err -1(PERMISSION_DENIED))"));
+    }
+    Faults::instance().reset();
+    Encoding coding(FORMAT_RGBA8888);
+    fail("native_window_api_disconnect", -22);
+    EXPECT_EQ(OK, coding.encode());
+    EXPECT_THAT(coding.log.of(kTag),
+                ElementsAre("E/encode heif (err 0(NO_ERROR))", "E/Failed to disconnect from surface, err -22"));
+}
+
+TEST(EncoderFrame, MissingSurfaceFailsTheFrameOnly) {
+    fail("MediaCodec::createInputSurface", -38);
+    const sp<QuillHeifEncoder> encoder = new QuillHeifEncoder(64, 64, 64, 64, FORMAT_RGBA8888, 90);
+    EXPECT_EQ(OK, encoder->initializeCodec());
+    std::vector<uint8_t> frame(4 * 64 * 64);
+    std::vector<sp<ABuffer>> out;
+    EXPECT_EQ(-1, encoder->addYuvBuffer(frame.data(), out));
+    encoder->close();
+}
+
+}  // namespace

@@ -1,0 +1,231 @@
+// What the codec is asked for: component, format keys, surface.
+#include <gmock/gmock.h>
+
+#include <map>
+
+#include "QuillHeifEncoder.h"
+#include "support/ChildProcess.h"
+#include "support/LogCapture.h"
+#include "support/TestDevice.h"
+#include "testing/CallLog.h"
+#include "testing/Faults.h"
+
+namespace {
+
+using namespace android;
+using namespace quill::test;
+using quill::host::CallLog;
+using quill::host::Fault;
+using quill::host::Faults;
+using testing::ElementsAre;
+
+constexpr char kTag[] = "QuillHeifEncoder";
+constexpr char kQti[] = "c2.qti.hevc.encoder";
+constexpr char kMtk[] = "c2.mtk.hevc.encoder";
+
+/** A hardware encoder of no name leaves the choice to the platform, which takes the first of its list. */
+const std::string kChosenByType = xml({"c2.first.hevc", "64x64-4096x4096", "", "video/hevc", false}) + xml({""});
+
+std::string named(const std::string& component) { return xml({component, "64x64-8192x8192"}); }
+
+struct Order {
+    std::string codecs;
+    int width, height;
+    int format;
+    int quality = 95;
+    std::string properties = "";
+};
+
+/** Configures an encoder in a process of its own and gives back `report`'s text. */
+std::string afterSetup(const Order& setup, const std::function<std::string(const LogCapture&, status_t)>& report) {
+    return inChild([&] {
+        const TestDevice device(setup.codecs, setup.properties);
+        const LogCapture log;
+        CallLog::instance().start();
+        const sp<QuillHeifEncoder> encoder =
+                new QuillHeifEncoder(setup.width, setup.height, setup.width, setup.height, setup.format, setup.quality);
+        const status_t status = encoder->initializeCodec();
+        const std::string text = report(log, status);
+        encoder->close();
+        return text;
+    });
+}
+
+std::vector<std::string> configuredKeys(const Order& setup) {
+    return cutIntoLines(afterSetup(setup, [](const LogCapture&, status_t) {
+        const std::vector<std::string> calls = CallLog::instance().of("MediaCodec::configure");
+        return calls.empty() ? "not configured" : calls.front();
+    }));
+}
+
+std::map<std::string, std::string> asMap(const std::vector<std::string>& items) {
+    std::map<std::string, std::string> map;
+    for (const std::string& item : items) map[item.substr(0, item.find('='))] = item.substr(item.find('=') + 1);
+    return map;
+}
+
+TEST(EncoderSetup, AllKeysOfAGrid) {
+    EXPECT_THAT(configuredKeys({named("c2.x"), 4000, 3000, FORMAT_NV12}),
+                ElementsAre("mime=video/hevc", "width=512", "height=512", "tile-width=512", "tile-height=512",
+                            "grid-cols=8", "grid-rows=6", "i-frame-interval=0", "color-format=21", "color-standard=2",
+                            "color-range=1", "color-transfer=2", "frame-rate=30", "capture-rate=1440",
+                            "operating-rate=2147483647", "bitrate-mode=0", "quality=95"));
+}
+
+TEST(EncoderSetup, AllKeysOfAWholeFrame) {
+    EXPECT_THAT(configuredKeys({named("c2.x"), 512, 300, FORMAT_I420, 7}),
+                ElementsAre("mime=video/hevc", "width=512", "height=300", "i-frame-interval=0", "color-format=19",
+                            "color-standard=2", "color-range=1", "color-transfer=2", "frame-rate=30", "capture-rate=30",
+                            "operating-rate=2147483647", "bitrate-mode=0", "quality=7"));
+}
+
+TEST(EncoderSetup, RateFollowsComponent) {
+    const std::string kNone = "-";
+    const struct {
+        Order setup;
+        std::string mode, bitrate, quality, captureRate, operatingRate;
+    } kCases[] = {
+            {{kChosenByType, 4000, 3000, FORMAT_NV12, 100}, "2", "12045600", kNone, "1440", "2147483647"},
+            {{kChosenByType, 4096, 3072, FORMAT_NV12, 95}, "2", "11999190", kNone, "1440", "2147483647"},
+            {{named(kMtk), 4000, 3000, FORMAT_NV12, 100}, "2", "40000000", kNone, kNone, "30"},
+            {{named(kMtk), 8000, 6000, FORMAT_NV12, 100}, "2", "48182400", kNone, kNone, "30"},
+            {{named("c2.mtk.hevc.encoder.heif"), 8000, 6000, FORMAT_NV12, 100}, "2", "48182400", kNone, kNone, "30"},
+            {{named(kQti), 8000, 6000, FORMAT_NV12, 100}, "0", kNone, "100", "5760", "2147483647"},
+            {{named("c2.mtk.hevc.encode"), 512, 512, FORMAT_NV12, 0}, "0", kNone, "0", "30", "2147483647"},
+    };
+    for (const auto& test : kCases) {
+        auto keys = asMap(configuredKeys(test.setup));
+        const auto value = [&](const char* key) { return keys.count(key) == 0 ? kNone : keys[key]; };
+        EXPECT_EQ(test.mode, value("bitrate-mode")) << test.setup.codecs;
+        EXPECT_EQ(test.bitrate, value("bitrate")) << test.setup.codecs;
+        EXPECT_EQ(test.quality, value("quality")) << test.setup.codecs;
+        EXPECT_EQ(test.captureRate, value("capture-rate")) << test.setup.codecs;
+        EXPECT_EQ(test.operatingRate, value("operating-rate")) << test.setup.codecs;
+    }
+}
+
+TEST(EncoderSetup, ColorFormatAndProfileFollowFormat) {
+    constexpr char kSurface[] = "2130708361", kVendorP010[] = "2141391882";
+    const struct {
+        Order setup;
+        std::string colorFormat;
+        bool profile;
+    } kCases[] = {
+            {{named("c2.x"), 512, 512, FORMAT_NV21, 95, "ro.soc.model=SM8550"}, "21", false},
+            {{named("c2.x"), 512, 512, FORMAT_RGBA8888, 95, "ro.soc.model=SM8550"}, kSurface, false},
+            {{named("c2.x"), 512, 512, FORMAT_P010, 95, "ro.soc.model=sm8550"}, kVendorP010, true},
+            {{named("c2.x"), 512, 512, FORMAT_P010, 95, "ro.soc.model=MT6989"}, kVendorP010, false},
+            {{named("c2.x"), 512, 512, FORMAT_P010, 95, ""}, kVendorP010, false},
+            {{named(kQti), 512, 512, FORMAT_P010, 95, "ro.soc.model=SM8550"}, kSurface, true},
+            {{named("c2.qti.hevc.encoder.cq"), 512, 512, FORMAT_P010, 95, "ro.soc.model=SM"}, kSurface, true},
+            {{named("c2.qti.hevc.encode"), 512, 512, FORMAT_P010, 95, "ro.soc.model=S"}, kVendorP010, false},
+            {{named(kMtk), 512, 512, FORMAT_P010, 95, "ro.soc.model=SM8550"}, kSurface, false},
+    };
+    for (const auto& test : kCases) {
+        auto keys = asMap(configuredKeys(test.setup));
+        EXPECT_EQ(test.colorFormat, keys["color-format"]) << test.setup.codecs << test.setup.format;
+        EXPECT_EQ(test.profile ? "2" : "", keys["profile"]) << test.setup.codecs << test.setup.properties;
+    }
+}
+
+TEST(EncoderSetup, SurfaceIsOneTileInTheRightFormat) {
+    const struct {
+        Order setup;
+        std::string geometry;
+    } kCases[] = {
+            {{named("c2.x"), 300, 200, FORMAT_RGBA8888}, "512 512 1"},
+            {{named(kQti), 4000, 3000, FORMAT_RGBA8888}, "512 512 1"},
+            {{named(kQti), 4000, 3000, FORMAT_P010, 95, "ro.soc.model=SM8550"}, "512 512 54"},
+            {{named(kQti), 4000, 3000, FORMAT_P010, 95, "ro.soc.model=sm8350-AC"}, "512 512 2141391882"},
+            {{named(kMtk), 4000, 3000, FORMAT_P010, 95, ""}, "512 512 54"},
+            {{named("c2.x"), 4000, 3000, FORMAT_P010, 95, "ro.soc.model=SM8350"}, ""},
+    };
+    for (const auto& test : kCases) {
+        const std::string calls = afterSetup(test.setup, [](const LogCapture&, status_t) {
+            const CallLog& log = CallLog::instance();
+            return joined(log.of("ANativeWindow_setBuffersGeometry")) + joined(log.of("native_window_set_usage"));
+        });
+        EXPECT_EQ(test.geometry.empty() ? "" : test.geometry + "\n51\n", calls) << test.setup.codecs;
+    }
+}
+
+TEST(EncoderSetup, StepsAreLoggedUnlessSwitchedOff) {
+    const std::string quiet = "debug.quill.video.log.enable=4";
+    const auto lines = [](const LogCapture& log, status_t) { return joined(log.of(kTag)); };
+    const Order setup{named(kQti), 600, 500, FORMAT_P010, 90, "ro.soc.model=SM8550\n"};
+    EXPECT_THAT(cutIntoLines(afterSetup(setup, lines)),
+                ElementsAre("I/width: 600, height: 500, stride: 600 X 500 fmt: 1 quality: 90",
+                            "I/createCodec Create HEVC Codec", "I/Codec name:c2.qti.hevc.encoder",
+                            "I/Creating input surface for encode.", "I/Surface color-format: 54"));
+    EXPECT_EQ("", afterSetup({setup.codecs, 600, 500, FORMAT_P010, 90, quiet}, lines));
+}
+
+TEST(EncoderSetup, FailuresSayWhere) {
+    const struct {
+        const char* call;
+        status_t fault;
+        status_t result;
+        std::vector<std::string> lines;
+    } kCases[] = {
+            {"ALooper::start",
+             -38,
+             -19,
+             {"E/createCodec: Failed to start codec looper: Function not implemented (-38)",
+              "E/Failed to create codec: No such device (-19)"}},
+            {"MediaCodec::CreateByComponentName",
+             -1,
+             -19,
+             {"E/createCodec: Failed to create codec for image/vnd.android.heic",
+              "E/Failed to create codec: No such device (-19)"}},
+            {"MediaCodec::configure", -22, -22, {"E/Failed to configure codec: Invalid argument (-22)"}},
+            {"native_window_set_usage", -22, 0, {"E/native_window_set_usage failed: Invalid argument (22)"}},
+            {"native_window_api_connect", -19, 0, {"E/Failed to connect from surface, err -19"}},
+    };
+    for (const auto& test : kCases) {
+        Faults::instance().inject(test.call, Fault::failing(test.fault));
+        const std::string text = afterSetup(
+                {named("c2.x"), 600, 500, FORMAT_RGBA8888, 95, "debug.quill.video.log.enable=0"},
+                [](const LogCapture& log, status_t status) { return joined(log.of(kTag)) + std::to_string(status); });
+        EXPECT_EQ(joined(test.lines) + std::to_string(test.result), text) << test.call;
+        Faults::instance().reset();
+    }
+}
+
+TEST(EncoderSetup, SizeThatNoEncoderTakesIsRefused) {
+    const std::string text = afterSetup(
+            {"", 640, 480, FORMAT_NV12, 95, "debug.quill.video.log.enable=0"},
+            [](const LogCapture& log, status_t status) { return joined(log.of(kTag)) + std::to_string(status); });
+    EXPECT_EQ(
+            "E/createCodec: Encoder doesnt' support size 640 x 480!\n"
+            "E/Failed to create codec: Invalid argument (-22)\n-19",
+            text);
+}
+
+TEST(EncoderSetup, CodecThatDoesNotStartSaysSo) {
+    const sp<QuillHeifEncoder> encoder = new QuillHeifEncoder(512, 512, 512, 512, FORMAT_NV12, 95);
+    ASSERT_EQ(OK, encoder->initializeCodec());
+    EXPECT_EQ(nullptr, encoder->getFormat()) << "nothing has been coded yet";
+    const LogCapture log;
+    Faults::instance().inject("MediaCodec::start", Fault::failing(-12));
+    EXPECT_EQ(-12, encoder->start());
+    EXPECT_THAT(log.of(kTag), ElementsAre("E/Failed to start codec: Cannot allocate memory (-12)"));
+    encoder->close();
+}
+
+TEST(EncoderSetup, TimesSpreadTilesOverOneSecond) {
+    setProperties("debug.quill.video.log.enable=0");
+    const sp<QuillHeifEncoder> encoder = new QuillHeifEncoder(4000, 3000, 4000, 3000, FORMAT_NV12, 95);
+    ASSERT_EQ(OK, encoder->initializeCodec());
+    EXPECT_EQ(48, encoder->tileCount());
+    EXPECT_EQ(132, encoder->computePresentationTime(0));
+    EXPECT_EQ(20965, encoder->computePresentationTime(1));
+    EXPECT_EQ(41798, encoder->computePresentationTime(2));
+    Faults::instance().inject("MediaCodec::dequeueOutputBuffer", Fault::failing(-38));
+    Faults::instance().inject("MediaCodec::dequeueInputBuffer", Fault::failing(-11));
+    std::vector<sp<ABuffer>> out;
+    EXPECT_EQ(-38, encoder->addYuvBuffer(nullptr, out));
+    EXPECT_EQ(1020965, encoder->computePresentationTime(1)) << "a failed frame counts as one";
+    encoder->close();
+}
+
+}  // namespace

@@ -1,0 +1,262 @@
+// A writer whose encoder, muxer or caller lets it down, and the services beside the frame.
+#include <gmock/gmock.h>
+#include <sys/resource.h>
+
+#include <atomic>
+
+#include <media/stagefright/foundation/AMessage.h>
+
+#include "support/ChildProcess.h"
+#include "support/HeifReader.h"
+#include "support/LogCapture.h"
+#include "support/Still.h"
+#include "support/TestDevice.h"
+#include "testing/Clock.h"
+#include "testing/Faults.h"
+
+namespace {
+
+using namespace android;
+using namespace quill::test;
+using quill::host::Clock;
+using quill::host::Fault;
+using quill::host::Faults;
+using testing::ElementsAre;
+
+constexpr char kTag[] = "QuillHeifWriter";
+constexpr char kDone[] = "D/QuillHeifWriter: kWhatProcessInputFrameNotify done";
+constexpr char kTimedOut[] = "D/QuillHeifWriter: Encode Finish: 0";
+constexpr Geometry kSmall{64, 64, 64, 64};
+constexpr double kShrunk = 0.001;  // the frame's 10 s in 10 ms, or what the system's timers make of it
+constexpr int kAlways = 1 << 20;
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool kSanitized = true;
+#else
+constexpr bool kSanitized = false;
+#endif
+
+std::atomic<int> gFinished{0};
+
+void onFinished(int what, void* data, unsigned int size) {
+    if (what == 0 && data == nullptr && size == 0) ++gFinished;
+}
+
+CameraFrame smallFrame(InputColorFormat format = FORMAT_NV12) {
+    setProperties("debug.quill.video.log.enable=0,debug.quill.host.x265.preset=ultrafast");
+    return makeFrame(format, kSmall);
+}
+
+/** Waits until the looper has nothing more to do for what was posted so far. */
+void drain(const sp<QuillHeifWriter>& writer, const LogCapture& log) {
+    (new AMessage(99, writer))->post();
+    EXPECT_TRUE(log.waitFor("E/QuillHeifWriter: shouldn't be here"));
+}
+
+TEST(WriterFailure, EveryFailureOfTheLooperIsATimeOut) {
+    const struct {
+        const char* call;
+        std::vector<std::string> looperErrors;
+    } kCases[] = {
+            {"MediaCodec::dequeueOutputBuffer", {"E/Encoder failed!"}},
+            {"MediaCodec::getInputBuffer", {"E/Encoder failed!"}},
+            {"MediaMuxer::start", {"E/!!! Muxer start error, please check file access permision"}},
+            {"MediaMuxer::addTrack", {"E/!!! Muxer start error, please check file access permision"}},
+            {"MediaMuxer::create", {}},
+    };
+    for (const auto& test : kCases) {
+        const LogCapture log;
+        gFinished = 0;
+        {
+            Still still(smallFrame());
+            still.writer->setCallback(onFinished);
+            Faults::instance().inject(test.call, Fault::failing(-38));
+            Clock::instance().setScale(kShrunk);
+            EXPECT_EQ(-1, still.write({1, 2, 3})) << test.call;
+            Clock::instance().setScale(1);
+            EXPECT_TRUE(log.has(kTimedOut));
+            drain(still.writer, log);
+            EXPECT_TRUE(log.has(kDone)) << "the frame is removed all the same";
+            EXPECT_TRUE(still.file.bytes().empty());
+            uint8_t* data = nullptr;
+            uint32_t size = 0;
+            EXPECT_FALSE(still.writer->getEncData(&data, &size));
+        }
+        std::vector<std::string> errors;
+        for (const std::string& line : log.of(kTag)) {
+            if (line[0] == 'E' && line != "E/shouldn't be here") errors.push_back(line);
+        }
+        EXPECT_EQ(test.looperErrors, errors) << test.call;
+        EXPECT_EQ(0, gFinished);
+        Faults::instance().reset();
+    }
+}
+
+TEST(WriterFailure, TimeOutLastsFiveThousandPolls) {
+    const LogCapture log;
+    Still still(smallFrame());
+    Faults::instance().inject("MediaMuxer::start", Fault::failing(-38));
+    Clock::instance().setScale(kShrunk);
+    const int64_t begin = Clock::instance().nowUs();
+    EXPECT_EQ(-1, still.write());
+    EXPECT_GE(Clock::instance().nowUs() - begin, 10000000) << "both waits together, not less than ten seconds";
+}
+
+TEST(WriterFailure, TimeOutLeavesTheFrameQueuedAndDestroyReturns) {
+    const LogCapture log;
+    {
+        Still still(smallFrame());
+        Faults::instance().inject("MediaCodec::dequeueOutputBuffer", Fault::stalling());
+        Clock::instance().setScale(kShrunk);
+        EXPECT_EQ(-1, still.write({1, 2, 3}));
+        Clock::instance().setScale(1);
+        EXPECT_TRUE(log.has(kTimedOut));
+        EXPECT_FALSE(log.has(kDone)) << "still at work";
+        Faults::instance().release();
+        still.writer->destroy();
+        EXPECT_TRUE(log.has(kDone)) << "destroy waits for the looper";
+    }
+    EXPECT_TRUE(log.has("D/QuillHeifWriter: ~QuillHeifWriter()"));
+}
+
+TEST(WriterFailure, RefusedInitialisationRefusesEveryFrame) {
+    const struct {
+        const char* call;
+        const char* line;
+    } kCases[] = {
+            {"MediaCodec::configure", "E/HeifEncoder Init Failed"},
+            {"MediaCodec::CreateByComponentName", "E/HeifEncoder Init Failed"},
+            {"MediaCodec::start", "D/HeifEncoder Init Completed"},
+    };
+    for (const auto& test : kCases) {
+        const LogCapture log;
+        Faults::instance().inject(test.call, Fault::failing(-38));
+        Still still(smallFrame());
+        EXPECT_EQ(-1, still.write({1, 2, 3}));
+        EXPECT_THAT(log.of(kTag),
+                    ElementsAre("D/QuillHeifWriter()", test.line, "E/HeifEncoder donot init or start Failed"));
+        (new AMessage(0, still.writer))->post();
+        EXPECT_TRUE(log.waitFor(kDone));
+        EXPECT_TRUE(log.has("D/QuillHeifWriter: kWhatProcessInputFrameNotify, inputFrames size 0")) << "nothing queued";
+        Faults::instance().reset();
+    }
+}
+
+TEST(WriterFailure, SizesThatCannotBeAreRefused) {
+    const Geometry kGeometries[] = {{0, 64, 64, 64},        {64, 0, 64, 64},      {-1, 64, 64, 64},
+                                    {65, 64, 64, 64},       {64, 65, 64, 64},     {64, 64, -64, -64},
+                                    {64, 64, 23171, 23171}, {64, 64, 1 << 30, 64}};
+    for (const Geometry& geometry : kGeometries) {
+        const LogCapture log;
+        const sp<QuillHeifWriter> writer = new QuillHeifWriter;
+        EXPECT_EQ(BAD_VALUE, writer->initEncoder(geometry.width, geometry.height, geometry.stride, geometry.sliceHeight,
+                                                 FORMAT_NV12, 95, 0));
+        EXPECT_TRUE(log.has("E/QuillHeifWriter: HeifEncoder Init Failed")) << geometry.stride;
+        EXPECT_EQ(-1, writer->processInputFrame(nullptr, nullptr, 0, 1));
+    }
+}
+
+TEST(WriterFailure, SecondStartLeavesTheEncoder) {
+    const LogCapture log;
+    Still still(smallFrame());
+    still.writer->start(1, 1, 1, 1, FORMAT_RGBA8888, 1, 90);
+    EXPECT_EQ(1, log.count("D/QuillHeifWriter: HeifEncoder Init Completed"));
+    ASSERT_EQ(0, still.write());
+    EXPECT_EQ(64, readStill(still.file.path(), false).shownWidth);
+}
+
+TEST(WriterFailure, FailedInitialisationIsNotRetried) {
+    for (const char* const call : {"MediaCodec::configure", "MediaCodec::start"}) {
+        Faults::instance().reset();
+        Faults::instance().inject(call, Fault::failing(-38));
+        Still still(smallFrame());
+        const LogCapture log;
+        still.writer->start(64, 64, 64, 64, FORMAT_NV12, 95, 0);
+        EXPECT_EQ(-1, still.write());
+        EXPECT_THAT(log.of(kTag), ElementsAre("E/HeifEncoder donot init or start Failed")) << call;
+    }
+}
+
+// A device without a codec to give leaves the writer at the status it had before the first start.
+TEST(WriterFailure, SecondStartWithoutACodecIsRefusedToo) {
+    const std::string outcome = inChild([] {
+        Faults::instance().inject("MediaCodec::CreateByComponentName", Fault::failing(-38), 1, kAlways);
+        Still still(smallFrame());
+        still.writer->start(64, 64, 64, 64, FORMAT_NV12, 95, 0);
+        return std::to_string(still.write());
+    });
+    EXPECT_EQ("-1", outcome);
+}
+
+TEST(WriterFailure, MissingNv21PixelsAreReported) {
+    const LogCapture log;
+    Still still(smallFrame(FORMAT_NV21));
+    Faults::instance().inject("MediaCodec::dequeueInputBuffer", Fault::failing(-38), 1, kAlways);
+    Faults::instance().inject("MediaCodec::dequeueOutputBuffer", Fault::failing(-38), 1, kAlways);
+    Clock::instance().setScale(kShrunk);
+    EXPECT_EQ(-1, still.writer->processInputFrame(nullptr, nullptr, 0, still.file.fd()));
+    Clock::instance().setScale(1);
+    EXPECT_TRUE(log.waitFor(kDone));
+    EXPECT_TRUE(log.has("E/QuillHeifWriter: Input Buffer is NULL!"));
+    EXPECT_TRUE(log.has("E/QuillHeifWriter: Encoder failed!")) << "encoding is attempted all the same";
+    EXPECT_FALSE(log.has("D/QuillHeifWriter: [NV21 to NV12] END!!!"));
+}
+
+TEST(WriterFailure, ExifThatCannotBeCopiedIsRefused) {
+    const LogCapture log;
+    Still still(smallFrame());
+    const rlimit oneGigabyte{1u << 30, 1u << 30};
+    if (!kSanitized) {  // a sanitizer's allocator has a limit of its own, given by its options
+        ASSERT_EQ(0, setrlimit(RLIMIT_AS, &oneGigabyte));
+    }
+    EXPECT_EQ(-1, still.writer->processInputFrame(still.frame.bytes.data(), still.frame.bytes.data(), 0xFFFFFFFF,
+                                                  still.file.fd()));
+    EXPECT_TRUE(log.has("E/QuillHeifWriter: inputFrame.exifData malloc fail"));
+    (new AMessage(0, still.writer))->post();
+    EXPECT_TRUE(log.waitFor("D/QuillHeifWriter: kWhatProcessInputFrameNotify, inputFrames size 0"));
+}
+
+TEST(WriterMessages, OtherCodesOnlySaySo) {
+    const LogCapture log;
+    Still still(smallFrame());
+    drain(still.writer, log);
+    EXPECT_EQ("E/QuillHeifWriter: shouldn't be here", log.lines().back());
+    EXPECT_FALSE(log.has(kDone));
+}
+
+TEST(WriterMessages, CallbackComesOnceAFileIsFinished) {
+    Still still(smallFrame());
+    still.writer->setCallback(onFinished);
+    ASSERT_EQ(0, still.write());
+    EXPECT_EQ(1, gFinished) << "before the caller is released";
+}
+
+TEST(WriterServices, MemoryResultIsEmptyOnceAFrameIsDone) {
+    const LogCapture log;
+    Still still(smallFrame());
+    uint8_t* data = nullptr;
+    uint32_t size = 7;
+    EXPECT_FALSE(still.writer->getEncData(&data, &size));
+    EXPECT_EQ(7u, size);
+    ASSERT_EQ(0, still.write());
+    EXPECT_FALSE(still.writer->getEncData(nullptr, &size));
+    EXPECT_FALSE(still.writer->getEncData(&data, nullptr));
+    EXPECT_TRUE(still.writer->getEncData(&data, &size));
+    EXPECT_EQ(0u, size);
+    EXPECT_NE(nullptr, data);
+    delete[] data;
+    EXPECT_TRUE(log.has("I/QuillHeifWriter: Get encoded size 0"));
+}
+
+TEST(WriterServices, BufferIsDumpedToAFile) {
+    const LogCapture log;
+    const sp<QuillHeifWriter> writer = new QuillHeifWriter;
+    const TemporaryFile file;
+    writer->saveBuffer("photo", 5, file.path().c_str());
+    EXPECT_THAT(file.bytes(), ElementsAre('p', 'h', 'o', 't', 'o'));
+    writer->saveBuffer("photo", 5, "/nowhere/at/all");
+    EXPECT_EQ("E/QuillHeifWriter: saveBuffer error", log.lines().back());
+    writer->addExifData(nullptr, 3);
+}
+
+}  // namespace

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "InputColorFormat.h"
+
+namespace quill::test {
+
+/** Sizes in samples and rows. */
+struct Geometry {
+    int width;
+    int height;
+    int stride;
+    int sliceHeight;
+};
+
+/** A picture in YCbCr 4:2:0, samples of `depth` bits; chroma planes of ceil(width / 2) x ceil(height / 2). */
+struct Planes {
+    int width = 0;
+    int height = 0;
+    int depth = 8;
+    std::vector<uint16_t> y, u, v;
+
+    int chromaWidth() const { return (width + 1) / 2; }
+    int chromaHeight() const { return (height + 1) / 2; }
+};
+
+/** A frame as a camera hands it over, and what it shows. The padding round the picture is far from the picture. */
+struct CameraFrame {
+    Geometry geometry;
+    android::InputColorFormat format;
+    std::vector<uint8_t> bytes;
+    Planes shown;
+};
+
+/** Bytes of a frame of `geometry` in `format`, padding included. */
+size_t frameBytes(android::InputColorFormat format, const Geometry& geometry);
+
+/** A generated scene: smooth gradients in luma and chroma, and fine luma detail that a swap or a shift would spoil. */
+CameraFrame makeFrame(android::InputColorFormat format, const Geometry& geometry);
+
+struct Psnr {
+    double luma;
+    double chroma;  ///< the worse of both planes
+};
+/**
+ * Decibels between what a frame showed and its still of the same depth and size. An odd last column or row is left out:
+ * the layouts do not carry all of its chroma, and a picture coded whole is rounded up to even sizes.
+ */
+Psnr psnr(const Planes& frame, const Planes& still);
+
+}  // namespace quill::test

@@ -1,0 +1,78 @@
+#include "support/ChildProcess.h"
+
+#include <stdio.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <sstream>
+#include <stdexcept>
+
+namespace quill::test {
+
+namespace {
+
+void writeAll(int fd, const std::string& text) {
+    size_t written = 0;
+    while (written < text.size()) {
+        const ssize_t count = write(fd, text.data() + written, text.size() - written);
+        if (count <= 0) _exit(1);
+        written += static_cast<size_t>(count);
+    }
+}
+
+std::string readAll(int fd) {
+    std::string text;
+    char chunk[4096];
+    ssize_t count;
+    while ((count = read(fd, chunk, sizeof(chunk))) > 0) text.append(chunk, static_cast<size_t>(count));
+    return text;
+}
+
+std::string outcomeOf(const std::function<std::string()>& body) {
+    try {
+        return body();
+    } catch (const std::exception& exception) {
+        return std::string("threw ") + exception.what();
+    }
+}
+
+std::string outcomeOf(int status, std::string text) {
+    if (WIFSIGNALED(status)) return "died of signal " + std::to_string(WTERMSIG(status));
+    return WEXITSTATUS(status) == 0 ? text : "exited with " + std::to_string(WEXITSTATUS(status));
+}
+
+}  // namespace
+
+std::string inChild(const std::function<std::string()>& body) {
+    int pipeEnds[2];
+    if (pipe(pipeEnds) != 0) throw std::runtime_error("no pipe");
+    fflush(nullptr);
+    const pid_t child = fork();
+    if (child < 0) throw std::runtime_error("no child process");
+    if (child == 0) {
+        close(pipeEnds[0]);
+        writeAll(pipeEnds[1], outcomeOf(body));
+        _exit(0);  // past the exit handlers: threads of the body may still run
+    }
+    close(pipeEnds[1]);
+    std::string text = readAll(pipeEnds[0]);
+    close(pipeEnds[0]);
+    int status = 0;
+    waitpid(child, &status, 0);
+    return outcomeOf(status, std::move(text));
+}
+
+std::string joined(const std::vector<std::string>& lines) {
+    std::string text;
+    for (const std::string& line : lines) text += line + '\n';
+    return text;
+}
+
+std::vector<std::string> cutIntoLines(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);) lines.push_back(line);
+    return lines;
+}
+
+}  // namespace quill::test

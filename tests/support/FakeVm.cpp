@@ -1,0 +1,115 @@
+#include "support/FakeVm.h"
+
+#include <stdio.h>
+#include <stdlib.h>
+
+namespace quill::test {
+
+namespace {
+
+FakeVm* current = nullptr;
+
+/** Classes and field ids are pointers to their names, which live as long as the process. */
+template <typename Handle>
+Handle named(const std::string& name) {
+    static std::set<std::string>* const names = new std::set<std::string>;
+    return reinterpret_cast<Handle>(const_cast<std::string*>(&*names->insert(name).first));
+}
+
+template <typename Handle>
+const std::string& nameOf(Handle handle) {
+    return *reinterpret_cast<const std::string*>(handle);
+}
+
+template <typename Handle>
+Handle findNamed(const std::string& name) {
+    return current->missing.count(name) != 0 ? nullptr : named<Handle>(name);
+}
+
+FakeVm::Array& arrayOf(jarray array) { return *reinterpret_cast<FakeVm::Array*>(array); }
+FakeVm::Object& objectOf(jobject object) { return *reinterpret_cast<FakeVm::Object*>(object); }
+
+jfieldID getFieldId(JNIEnv*, jclass clazz, const char* name, const char* signature) {
+    current->fields.push_back(nameOf(clazz) + " " + name + " " + signature);
+    return findNamed<jfieldID>(name);
+}
+
+jint registerNatives(JNIEnv*, jclass clazz, const JNINativeMethod* methods, jint count) {
+    current->registeredClass = nameOf(clazz);
+    for (jint i = 0; i < count; ++i) {
+        current->registered.push_back({methods[i].name, methods[i].signature, methods[i].fnPtr});
+    }
+    return current->registerResult;
+}
+
+jint throwNew(JNIEnv*, jclass clazz, const char* message) {
+    current->thrown.push_back(nameOf(clazz) + ": " + (message == nullptr ? "" : message));
+    return JNI_OK;
+}
+
+void fatalError(JNIEnv*, const char* message) {
+    fprintf(stderr, "%s\n", message);
+    abort();
+}
+
+jbyte* getElements(JNIEnv*, jbyteArray array, jboolean*) {
+    static jbyte empty;  // a VM gives an address for an empty array too
+    ++arrayOf(array).pins;
+    return arrayOf(array).bytes.empty() ? &empty : arrayOf(array).bytes.data();
+}
+
+void releaseElements(JNIEnv*, jbyteArray array, jbyte*, jint mode) {
+    --arrayOf(array).pins;
+    arrayOf(array).releaseMode = mode;
+}
+
+jint getEnv(JavaVM*, void** env, jint version) {
+    if (!current->attached || version != JNI_VERSION_1_4) return JNI_EDETACHED;
+    *env = current->env();
+    return JNI_OK;
+}
+
+}  // namespace
+
+FakeVm::FakeVm() {
+    current = this;
+    fillTable();
+    mInvokeTable.GetEnv = getEnv;
+    mEnv.functions = &mTable;
+    mVm.functions = &mInvokeTable;
+}
+
+void FakeVm::fillTable() {
+    mTable.FindClass = [](JNIEnv*, const char* name) { return findNamed<jclass>(name); };
+    mTable.GetFieldID = getFieldId;
+    mTable.RegisterNatives = registerNatives;
+    mTable.ThrowNew = throwNew;
+    mTable.FatalError = fatalError;
+    mTable.DeleteLocalRef = [](JNIEnv*, jobject) {};
+    mTable.NewGlobalRef = [](JNIEnv*, jobject object) { return object; };
+    mTable.DeleteGlobalRef = [](JNIEnv*, jobject) {};
+    mTable.GetJavaVM = [](JNIEnv*, JavaVM** vm) -> jint {
+        *vm = current->vm();
+        return JNI_OK;
+    };
+    mTable.NewGlobalRef = [](JNIEnv*, jobject object) { return object; };
+    mTable.DeleteGlobalRef = [](JNIEnv*, jobject) {};
+    mTable.GetJavaVM = [](JNIEnv*, JavaVM** vm) -> jint {
+        *vm = current->vm();
+        return JNI_OK;
+    };
+    mTable.ExceptionCheck = [](JNIEnv*) -> jboolean { return JNI_FALSE; };
+    mTable.ExceptionOccurred = [](JNIEnv*) -> jthrowable { return nullptr; };
+    mTable.ExceptionClear = [](JNIEnv*) {};
+    mTable.GetObjectClass = [](JNIEnv*, jobject) { return current->classesKnown ? named<jclass>("Caller") : nullptr; };
+    mTable.IsInstanceOf = [](JNIEnv*, jobject, jclass) -> jboolean { return JNI_TRUE; };
+    mTable.GetIntField = [](JNIEnv*, jobject object, jfieldID) -> jint { return objectOf(object).fd; };
+    mTable.GetObjectField = [](JNIEnv*, jobject object, jfieldID field) {
+        return objectOf(object).fields[nameOf(field)];
+    };
+    mTable.GetArrayLength = [](JNIEnv*, jarray array) { return static_cast<jsize>(arrayOf(array).bytes.size()); };
+    mTable.GetByteArrayElements = getElements;
+    mTable.ReleaseByteArrayElements = releaseElements;
+}
+
+}  // namespace quill::test

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <jni.h>
+
+namespace quill::test {
+
+/**
+ * As much of a Java VM as the library's Java layer asks for, without one: classes and fields are names, objects are the
+ * structs below. One at a time, for one thread.
+ */
+class FakeVm {
+  public:
+    struct Method {
+        std::string name;
+        std::string signature;
+        void* entry;
+    };
+    struct Array {
+        std::vector<int8_t> bytes;
+        jint releaseMode = -1;  ///< mode of the last release, -1 before
+        int pins = 0;           ///< not released yet
+    };
+    struct Object {
+        std::map<std::string, jobject> fields;  ///< by field name
+        int fd = -1;                            ///< of a FileDescriptor
+    };
+
+    FakeVm();
+    FakeVm(const FakeVm&) = delete;
+    FakeVm& operator=(const FakeVm&) = delete;
+
+    JNIEnv* env() { return &mEnv; }
+    JavaVM* vm() { return &mVm; }
+    static jbyteArray asJava(Array* array) { return reinterpret_cast<jbyteArray>(array); }
+    static jobject asJava(Object* object) { return reinterpret_cast<jobject>(object); }
+
+    // What goes wrong, to be set by a test.
+    std::set<std::string> missing;  ///< names of classes and fields that are not found
+    bool attached = true;           ///< `GetEnv` succeeds
+    bool classesKnown = true;       ///< `GetObjectClass` succeeds
+    jint registerResult = JNI_OK;
+
+    // What was asked for.
+    std::string registeredClass;
+    std::vector<Method> registered;
+    std::vector<std::string> fields;  ///< "class name signature", in order
+    std::vector<std::string> thrown;  ///< "class: message"
+
+  private:
+    void fillTable();
+
+    JNINativeInterface mTable{};
+    JNIInvokeInterface mInvokeTable{};
+    JNIEnv mEnv{};
+    JavaVM mVm{};
+};
+
+}  // namespace quill::test
