@@ -19,10 +19,6 @@
 #include <media/stagefright/foundation/AMessage.h>
 
 #include "testing/Faults.h"
-
-// x265 3.5 keeps some memory of an encoder that was closed.
-extern "C" const char* __lsan_default_suppressions() { return "leak:libx265"; }
-
 namespace {
 
 using namespace android;
