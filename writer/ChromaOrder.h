@@ -14,8 +14,8 @@ struct ChromaPlane {
 };
 
 /**
- * Turns V,U pairs into U,V (or back) in place: ceil(width / 2) pairs in each of height / 2 rows. A last pair that an odd
- * pitch lets reach past the plane is left alone.
+ * Turns V,U pairs into U,V (or back) in place: ceil(width / 2) pairs in each of height / 2 rows. A last pair that an
+ * odd pitch lets reach past the plane is left alone.
  */
 void swapChromaPairs(const ChromaPlane& plane);
 

@@ -35,19 +35,24 @@ int32_t QuillHeifWriter::processInputFrame(uint8_t* yuv, uint8_t* exif, uint32_t
         ALOGE("HeifEncoder donot init or start Failed");
         return -1;
     }
-    if (!queueInputFrame(yuv, exif, exifLen, fd)) return -1;
+    bool needsThumbnail = false;
+    uint32_t initPosition = 0;
+    if (!queueInputFrame(yuv, exif, exifLen, fd, &needsThumbnail, &initPosition)) return -1;
     mFrameInFlight.store(true, std::memory_order_release);
     (new AMessage(kWhatProcessInputFrameNotify, this))->post();
 
     int budget = kPollBudget;
     waitFor(mInputConsumed, &budget);
+    // While the looper encodes; and even when the first wait was in vain, for the looper may yet get there.
+    if (needsThumbnail) changeExif(yuv, exif, exifLen, initPosition);
     waitFor(mEncodeDone, &budget);
     const bool done = mEncodeDone.load(std::memory_order_acquire);
     ALOGD("Encode Finish: %d", done);
     return done ? 0 : -1;
 }
 
-bool QuillHeifWriter::queueInputFrame(uint8_t* yuv, uint8_t* exif, uint32_t exifLen, int32_t fd) {
+bool QuillHeifWriter::queueInputFrame(uint8_t* yuv, uint8_t* exif, uint32_t exifLen, int32_t fd, bool* needsThumbnail,
+                                      uint32_t* initPosition) {
     InputFrame frame{yuv, nullptr, 0, -1, 0};
     if (exifLen != 0) {
         frame.exifData = static_cast<uint8_t*>(malloc(exifLen));
@@ -56,11 +61,13 @@ bool QuillHeifWriter::queueInputFrame(uint8_t* yuv, uint8_t* exif, uint32_t exif
             return false;
         }
         memcpy(frame.exifData, exif, exifLen);
+        *needsThumbnail = analysisExif(exif, exifLen, *initPosition);
     }
     frame.exifSize = exifLen;
     frame.fd = fd;
     frame.isFileFd = 1;
     ALOGD("INPUT FRAME ADD (INPUTFRAME)");
+    mExifState.store(kExifFree, std::memory_order_relaxed);  // the posted message makes it visible to the looper
     mInputFrames.push_back(frame);
     ALOGD("input frame size : %zu", mInputFrames.size());
     return true;

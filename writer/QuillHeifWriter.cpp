@@ -20,7 +20,6 @@ namespace {
 
 constexpr char kLooperName[] = "QuillHeifWriter-ProcessInputFrame";
 constexpr int32_t kAudioPriority = -16;  // a shot is waited for: as urgent as sound
-constexpr int32_t kThmbWidth = 256;
 
 /** What every later product of the geometry relies on: a whole picture inside the frame, and sizes that fit. */
 bool isSaneGeometry(int32_t width, int32_t height, int32_t stride, int32_t sliceHeight) {
@@ -89,13 +88,6 @@ status_t QuillHeifWriter::initEncoder(int32_t width, int32_t height, int32_t str
     return OK;
 }
 
-void QuillHeifWriter::setThmbSize() {
-    mThmbWidth = kThmbWidth;
-    const float ratio = static_cast<float>(static_cast<double>(mHeight) / mWidth);
-    mThmbHeight = static_cast<int32_t>(ratio * kThmbWidth);
-    if (mThmbHeight > 0 && mThmbHeight % 2 != 0) ++mThmbHeight;  // even, for the 4:2:0 chroma
-}
-
 void QuillHeifWriter::setCallback(Callback callback) { mCallback = callback; }
 
 FrameBytes QuillHeifWriter::expectedFrame() const {
@@ -112,6 +104,7 @@ void QuillHeifWriter::onMessageReceived(const sp<AMessage>& msg) {
     ALOGD("kWhatProcessInputFrameNotify, inputFrames size %zu", mInputFrames.size());
     if (!mInputFrames.empty()) {
         writeHeadFrame();
+        takeExif();
         clearTopInputFrameExifData();
         mInputFrames.removeAt(0);
     }

@@ -84,6 +84,42 @@ class QuillHeifWriter : public AHandler {
     bool getEncData(uint8_t** data, uint32_t* size);
     /** Debug dump of `len` bytes of `buf` to the file `path`. */
     void saveBuffer(const void* buf, int32_t len, const char* path);
+    // EXIF: see ExifBlock.h for what is read and written.
+    /**
+     * True when the block (`exifLen` bytes) is to get a thumbnail; `initPosition`, 0 on entry, is then the offset of
+     * its TIFF header. False too when a system property says so.
+     */
+    bool analysisExif(uint8_t* exif, uint32_t exifLen, uint32_t& initPosition);
+    /**
+     * Builds at `newExif` the block `oldExif` with a thumbnail of `yuv`, the frame as NV12. `exifSize` is the old size
+     * and becomes the new one; `newExif` holds the old size + thumbnailCapacity() + kThumbnailDirectorySize. False,
+     * with nothing changed, when there is no thumbnail to be had.
+     */
+    bool alterExif(uint8_t* yuv, uint8_t* oldExif, uint8_t* newExif, uint32_t& exifSize, uint32_t initPosition);
+    /** Caller's thread: replaces the queued frame's block, unless the looper has taken it. `yuv`: the caller's frame.
+     */
+    void changeExif(uint8_t* yuv, uint8_t* exif, uint32_t exifSize, uint32_t initPosition);
+
+    // Thumbnail: 256 pixels wide, 8-bit NV12 without padding, then JPEG.
+    void setThmbSize();
+    /** From the frame as NV12 to a JPEG of at most thumbnailCapacity() bytes at `dst`; its size, -1 on failure. */
+    int creatThmb(uint8_t* src, uint8_t* dst);
+    /** The compressing half of `creatThmb`. */
+    int yuvToJpeg(uint8_t* nv12, uint8_t* dst);
+    /** Bytes of an NV12 thumbnail, and the most that its JPEG may take; 0 for a size that JPEG cannot hold. */
+    size_t thumbnailCapacity() const;
+
+    // Pixels, in the geometry of `start`; see PixelConversion.h and Downscale.h for layouts and results.
+    /** The frame, in its own format, as NV12; 1, or -1 for a format that is not known. */
+    int saveYuvBuf(uint8_t* frame, uint8_t* nv12);
+    void convertYuvI420ToNV12(uint8_t* src, uint8_t* dst);
+    void convertP010ToNV12(uint8_t* src, uint8_t* dst);
+    void convertRGBA8888ToNV12(uint8_t* src, uint8_t* dst);
+    /** Reduces the NV12 frame to thumbnail size; the destination's chroma is zeroed beforehand. */
+    void subsamplingYuv(uint8_t* src, uint8_t* dst);
+    int bilinear(uint8_t* src, int x, int y);
+    void splitYuv(uint8_t* src, uint8_t* dstY, uint8_t* dstU, uint8_t* dstV);
+
     /** Kept for callers of the interface; EXIF travels with its frame. */
     void addExifData(uint8_t* exif, uint32_t exifLen);
 
@@ -94,9 +130,13 @@ class QuillHeifWriter : public AHandler {
   private:
     enum : uint32_t { kWhatProcessInputFrameNotify = 0 };
 
+    /** Who has the queued frame's EXIF block. */
+    enum ExifState : uint8_t { kExifFree, kExifBeingReplaced, kExifTaken };
+
     // Caller's thread.
-    bool queueInputFrame(uint8_t* yuv, uint8_t* exif, uint32_t exifLen, int32_t fd);
-    void setThmbSize();
+    bool queueInputFrame(uint8_t* yuv, uint8_t* exif, uint32_t exifLen, int32_t fd, bool* needsThumbnail,
+                         uint32_t* initPosition);
+    void replaceQueuedExif(const uint8_t* exif, uint32_t exifSize);
     void abandonFrame();
 
     // Looper thread.
@@ -105,6 +145,7 @@ class QuillHeifWriter : public AHandler {
     void addYuvBuffer(uint8_t* yuv);
     void swapNv21Chroma(uint8_t* yuv);
     void startMuxer(const sp<AMessage>& format);
+    void takeExif();
     void processExifData();
     void onOutputBufferReceived(const std::vector<sp<ABuffer>>& buffers);
     void clearTopInputFrameExifData();
@@ -124,6 +165,8 @@ class QuillHeifWriter : public AHandler {
     std::atomic<bool> mInputConsumed{false};
     /** From before the message is posted until the looper is done with it. */
     std::atomic<bool> mFrameInFlight{false};
+    /** The looper takes the block before it reads it, the caller replaces it only while it is free. */
+    std::atomic<uint8_t> mExifState{kExifFree};
     sp<QuillHeifEncoder> mEncoder;
     sp<AMessage> mOutputFormat;
     sp<MediaMuxer> mMuxer;
