@@ -37,10 +37,10 @@ void copyWholeTile(uint8_t* dst, const uint8_t* frame, size_t width, size_t heig
 /** Calls `tile(row, column, number)` for each whole tile of a frame, row by row. */
 template <typename TileFunction>
 void forEachWholeTile(int width, int height, TileFunction tile) {
-    const int columns = width / kTileSide;
+    size_t number = 0;
     for (int row = 0; row < height / kTileSide; ++row) {
-        for (int column = 0; column < columns; ++column) {
-            tile(static_cast<size_t>(row), static_cast<size_t>(column), static_cast<size_t>(row * columns + column));
+        for (int column = 0; column < width / kTileSide; ++column) {
+            tile(static_cast<size_t>(row), static_cast<size_t>(column), number++);
         }
     }
 }

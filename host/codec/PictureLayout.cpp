@@ -11,13 +11,14 @@ namespace {
 constexpr int kTileSide = 512;
 
 constexpr int kP010UnusedBits = 6;
+constexpr ptrdiff_t kP010Bytes = 2;
 constexpr int kRgbaBytes = 4;
 constexpr int kChromaCentre = 128;
 
 size_t bytesPerLumaSample(SampleLayout layout) {
     switch (layout) {
         case SampleLayout::kP010:
-            return 2;
+            return kP010Bytes;
         case SampleLayout::kRgba:
             return kRgbaBytes;
         default:
@@ -73,12 +74,12 @@ void readNv12(const SourcePicture& source, PlanarPicture* planar) {
     copyRows8(source.data, source.stride, source.width, source.height, 0, planar);
     const int width = wholeChroma(source.width);
     for (int row = 0; row < wholeChroma(source.height); ++row) {
-        const uint8_t* const pairs = sourceRow(source, source.sliceHeight + row);
+        const uint8_t* pair = sourceRow(source, source.sliceHeight + row);
         uint8_t* const u = rowOf<uint8_t>(planar, 1, row);
         uint8_t* const v = rowOf<uint8_t>(planar, 2, row);
-        for (int i = 0; i < width; ++i) {
-            u[i] = pairs[2 * i];
-            v[i] = pairs[2 * i + 1];
+        for (int i = 0; i < width; ++i, pair += 2) {
+            u[i] = pair[0];
+            v[i] = pair[1];
         }
     }
 }
@@ -89,18 +90,18 @@ uint16_t p010Sample(const uint8_t* bytes) {
 
 void readP010(const SourcePicture& source, PlanarPicture* planar) {
     for (int row = 0; row < source.height; ++row) {
-        const uint8_t* const samples = sourceRow(source, row);
+        const uint8_t* sample = sourceRow(source, row);
         uint16_t* const y = rowOf<uint16_t>(planar, 0, row);
-        for (int i = 0; i < source.width; ++i) y[i] = p010Sample(samples + 2 * i);
+        for (int i = 0; i < source.width; ++i, sample += kP010Bytes) y[i] = p010Sample(sample);
     }
     const int width = wholeChroma(source.width);
     for (int row = 0; row < wholeChroma(source.height); ++row) {
-        const uint8_t* const pairs = sourceRow(source, source.sliceHeight + row);
+        const uint8_t* pair = sourceRow(source, source.sliceHeight + row);
         uint16_t* const u = rowOf<uint16_t>(planar, 1, row);
         uint16_t* const v = rowOf<uint16_t>(planar, 2, row);
-        for (int i = 0; i < width; ++i) {
-            u[i] = p010Sample(pairs + 4 * i);
-            v[i] = p010Sample(pairs + 4 * i + 2);
+        for (int i = 0; i < width; ++i, pair += 2 * kP010Bytes) {
+            u[i] = p010Sample(pair);
+            v[i] = p010Sample(pair + kP010Bytes);
         }
     }
 }

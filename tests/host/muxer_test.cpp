@@ -88,18 +88,18 @@ Picture encode(const PictureOptions& options = {}) {
     api->param_apply_profile(param, options.bits == 10 ? "main10" : "main");
     x265_encoder* encoder = api->encoder_open(param);
 
-    const int sampleSize = options.bits > 8 ? 2 : 1;
-    std::vector<uint8_t> planes(size_t(options.width * options.height * 2 * sampleSize),
-                                options.bits > 8 ? 0x02 : 0x80);
-    for (int i = 0; i < options.width * options.height; ++i) {
-        planes[size_t(i * sampleSize)] = uint8_t(options.luma(i % options.width, i / options.width));
+    const size_t sampleSize = options.bits > 8 ? 2 : 1;
+    const int pixels = options.width * options.height;
+    std::vector<uint8_t> planes(2 * sampleSize * pixels, options.bits > 8 ? 0x02 : 0x80);
+    for (int i = 0; i < pixels; ++i) {
+        planes[sampleSize * i] = uint8_t(options.luma(i % options.width, i / options.width));
     }
     x265_picture* picture = api->picture_alloc();
     api->picture_init(param, picture);
     picture->bitDepth = options.bits;
     for (int i = 0; i < 3; ++i) {
-        picture->planes[i] = planes.data() + (i ? options.width * options.height * sampleSize : 0);
-        picture->stride[i] = (i ? options.width / 2 : options.width) * sampleSize;
+        picture->planes[i] = planes.data() + (i ? sampleSize * pixels : 0);
+        picture->stride[i] = (i ? options.width / 2 : options.width) * int(sampleSize);
     }
     x265_nal* nals = nullptr;
     uint32_t count = 0;
@@ -147,7 +147,7 @@ std::string outputOf(const std::string& command) {
 struct Planes {
     int width = 0, height = 0;
     std::string samples;  // luma first
-    int lumaAt(int x, int y) const { return uint8_t(samples.at(size_t(y * width + x))); }
+    int lumaAt(int x, int y) const { return uint8_t(samples.at(size_t(y) * size_t(width) + size_t(x))); }
 };
 
 class Muxer : public testing::Test {

@@ -45,7 +45,7 @@ std::string afterSetup(const Order& setup, const std::function<std::string(const
         const sp<QuillHeifEncoder> encoder =
                 new QuillHeifEncoder(setup.width, setup.height, setup.width, setup.height, setup.format, setup.quality);
         const status_t status = encoder->initializeCodec();
-        const std::string text = report(log, status);
+        std::string text = report(log, status);
         encoder->close();
         return text;
     });

@@ -34,6 +34,7 @@ constexpr char kTag[] = "NativeHeifWriter";
 
 std::vector<std::string> namesOf(const std::vector<FakeVm::Method>& methods) {
     std::vector<std::string> names;
+    names.reserve(methods.size());
     for (const FakeVm::Method& method : methods) names.push_back(method.name);
     return names;
 }

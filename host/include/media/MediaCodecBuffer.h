@@ -20,7 +20,7 @@ class MediaCodecBuffer : public RefBase {
   public:
     /** Shares `buffer`; its current range is taken over. */
     MediaCodecBuffer(const sp<AMessage>& format, const sp<ABuffer>& buffer);
-    virtual ~MediaCodecBuffer() = default;
+    ~MediaCodecBuffer() override = default;
 
     uint8_t* base();
     /** First byte in use; null for a buffer without memory. */

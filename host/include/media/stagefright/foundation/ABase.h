@@ -5,10 +5,10 @@
 #include <limits>
 #include <type_traits>
 
-/** For a class's private section: no copying. */
+/** For a class's private section: no copying. Nothing is returned by an assignment that nobody can make. */
 #define DISALLOW_EVIL_CONSTRUCTORS(name) \
     name(const name&);                   \
-    name& operator=(const name&)
+    void operator=(const name&)
 
 /** True when `size` elements of type T fit a 32-bit byte count; a negative size never does. */
 template <typename T, typename S>

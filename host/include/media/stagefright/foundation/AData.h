@@ -1,5 +1,6 @@
 #pragma once
 
+#include <type_traits>
 #include <utility>
 #include <variant>
 
@@ -28,7 +29,7 @@ struct AData {
         }
         template <typename T, typename = std::enable_if_t<!std::is_lvalue_reference_v<T>>>
         bool set(T&& data) {
-            mValue.template emplace<std::decay_t<T>>(std::move(data));
+            mValue.template emplace<std::decay_t<T>>(std::forward<T>(data));
             return true;
         }
 
