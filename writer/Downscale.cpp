@@ -31,7 +31,7 @@ int sampleLuma(const Nv12Frame& frame, int x, int y) {
     int sum = 0;
     for (int row = 0; row < kSamplesInRow; ++row) {
         const uint8_t* const sample = first + static_cast<ptrdiff_t>(row) * kSampleSpacing * frame.stride;
-        for (int column = 0; column < kSamplesInRow; ++column) sum += sample[column * kSampleSpacing];
+        for (ptrdiff_t column = 0; column < kSamplesInRow; ++column) sum += sample[column * kSampleSpacing];
     }
     return sum / kSamples;
 }
@@ -50,8 +50,8 @@ void downscaleNv12(const Nv12Frame& frame, const ThumbnailSize& size, uint8_t* t
         for (int32_t i = 0; i < size.width; ++i) {
             const int32_t x = scaled(xScale, i, frame.width);
             lumaOut[i] = static_cast<uint8_t>(sampleLuma(frame, x, y));
-            const uint8_t* const pair = chromaRow + x / 2 * 2;
-            uint8_t* const pairOut = chromaOut + i / 2 * 2;
+            const uint8_t* const pair = chromaRow + (x & ~1);
+            uint8_t* const pairOut = chromaOut + (i & ~1);
             pairOut[0] = addQuarter(pairOut[0], pair[0]);
             pairOut[1] = addQuarter(pairOut[1], pair[1]);
         }

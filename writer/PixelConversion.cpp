@@ -76,10 +76,10 @@ void convertRgba8888(const uint8_t* rgba, const AllottedArea& area, uint8_t* nv1
 void splitNv12(const uint8_t* nv12, int32_t samples, uint8_t* y, uint8_t* u, uint8_t* v) {
     memcpy(y, nv12, static_cast<size_t>(samples));
     if (samples < kFewestWithChroma) return;
-    const uint8_t* const chroma = nv12 + samples;
-    for (int32_t k = 0; k < samples / 4; ++k) {
-        u[k] = chroma[2 * k];
-        v[k] = chroma[2 * k + 1];
+    const uint8_t* pair = nv12 + samples;
+    for (int32_t k = 0; k < samples / 4; ++k, pair += 2) {
+        u[k] = pair[0];
+        v[k] = pair[1];
     }
 }
 

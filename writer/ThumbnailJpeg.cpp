@@ -6,6 +6,8 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include <algorithm>
+#include <iterator>
 #include <memory>
 
 #include <jpeglib.h>
@@ -62,18 +64,26 @@ void configure(jpeg_compress_struct& compressor, const ThumbnailSize& size) {
     }
 }
 
-/** Rows past the bottom keep the pointers of the group before: they lie outside the picture and are never seen. */
+/**
+ * Rows past the bottom keep the pointers of the group before. They lie outside the picture but inside its last blocks,
+ * so they have to be somewhere: in a picture of one group they repeat its last row.
+ */
 void writeRows(jpeg_compress_struct& compressor, const ThumbnailSize& size, const Planes& planes) {
-    JSAMPROW y[kMcuRows] = {}, u[kMcuRows / 2] = {}, v[kMcuRows / 2] = {};
+    const ptrdiff_t width = size.width;
+    const ptrdiff_t lastLine = size.height - 1;
+    JSAMPROW y[kMcuRows], u[kMcuRows / 2], v[kMcuRows / 2];
+    std::fill(std::begin(y), std::end(y), planes.y + lastLine * width);
+    std::fill(std::begin(u), std::end(u), planes.u + lastLine / 2 * (width / 2));
+    std::fill(std::begin(v), std::end(v), planes.v + lastLine / 2 * (width / 2));
     JSAMPARRAY rows[] = {y, u, v};
     while (compressor.next_scanline < compressor.image_height) {
         for (int i = 0; i < kMcuRows; ++i) {
-            const int32_t line = static_cast<int32_t>(compressor.next_scanline) + i;
+            const ptrdiff_t line = static_cast<ptrdiff_t>(compressor.next_scanline) + i;
             if (line >= size.height) continue;
-            y[i] = planes.y + static_cast<ptrdiff_t>(line) * size.width;
+            y[i] = planes.y + line * width;
             if (i % 2 != 0) continue;
-            u[i / 2] = planes.u + static_cast<ptrdiff_t>(line) * size.width / 4;
-            v[i / 2] = planes.v + static_cast<ptrdiff_t>(line) * size.width / 4;
+            u[i / 2] = planes.u + line * width / 4;
+            v[i / 2] = planes.v + line * width / 4;
         }
         jpeg_write_raw_data(&compressor, rows, kMcuRows);
     }
@@ -104,7 +114,8 @@ int compressThumbnail(const uint8_t* nv12, const ThumbnailSize& size, uint8_t* o
     if (!isJpegSize(size)) return -1;
     const int32_t samples = size.lumaSamples();
     // A chroma row more than there is: an odd number of rows would end in half of one.
-    const std::unique_ptr<uint8_t[]> planar(new uint8_t[static_cast<size_t>(size.yuvBytes()) + 2 * size.width]());
+    const size_t spareRow = 2 * static_cast<size_t>(size.width);
+    const std::unique_ptr<uint8_t[]> planar(new uint8_t[static_cast<size_t>(size.yuvBytes()) + spareRow]());
     const Planes planes{planar.get(), planar.get() + samples, planar.get() + samples + samples / 4};
     splitNv12(nv12, samples, planes.y, planes.u, planes.v);
 
