@@ -1,7 +1,11 @@
+#define LOG_TAG "QuillPlatform"
+
 #include "codec/EncodePool.h"
 
 #include <algorithm>
+#include <system_error>
 
+#include <log/log.h>
 #include <pthread.h>
 
 #include "codec/Preset.h"
@@ -26,9 +30,14 @@ EncodePool::EncodePool(const CodecConfig& config, std::function<void()> onProgre
     const size_t workers = workerCount(config);
     // A client may draw a whole image on its surface before it asks for the first tile, from one thread.
     mMaxUnclaimed = workers + static_cast<size_t>(config.pictureCount()) + kUnclaimedPictures;
-    for (size_t i = 0; i < workers; ++i) {
-        mWorkers.emplace_back([this] { work(); });
-        pthread_setname_np(mWorkers.back().native_handle(), "HevcEncode");
+    try {
+        for (size_t i = 0; i < workers; ++i) {
+            mWorkers.emplace_back([this] { work(); });
+            pthread_setname_np(mWorkers.back().native_handle(), "HevcEncode");
+        }
+    } catch (const std::system_error& error) {
+        ALOGE("%zu of %zu encoder threads: %s", mWorkers.size(), workers, error.what());
+        mFailed = mWorkers.empty();  // no call back: whoever makes a pool holds its lock
     }
 }
 
@@ -78,7 +87,9 @@ void EncodePool::work() {
     while (const std::shared_ptr<Entry> entry = take()) {
         if (engine == nullptr) engine = openEngine();
         if (engine == nullptr) return fail();
-        finish(entry.get(), code(engine.get(), entry.get()));
+        const std::optional<Progress> progress = code(engine.get(), entry.get());
+        if (!progress) return fail();
+        finish(entry.get(), *progress);
     }
 }
 
@@ -116,14 +127,15 @@ std::unique_ptr<HevcEngine> EncodePool::openEngine() {
     return engine;
 }
 
-EncodePool::Progress EncodePool::code(HevcEngine* engine, Entry* entry) {
+/** Nothing when the encoder failed. */
+std::optional<EncodePool::Progress> EncodePool::code(HevcEngine* engine, Entry* entry) {
     thread_local PlanarPicture planar;
     if (!entry->job.read(&planar)) return Progress::kNothingToCode;
     mOnProgress();  // whoever waits for the input's memory can have it back
     std::vector<uint8_t>* const coded = &entry->result.bytes;
     const bool done =
             mConfig.constantQuality ? engine->encode(planar, std::nullopt, coded) : codeToBudget(engine, planar, coded);
-    return done ? Progress::kDone : Progress::kNothingToCode;
+    return done ? std::optional(Progress::kDone) : std::nullopt;
 }
 
 bool EncodePool::codeToBudget(HevcEngine* engine, const PlanarPicture& planar, std::vector<uint8_t>* coded) {

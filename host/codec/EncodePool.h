@@ -66,7 +66,7 @@ class EncodePool {
     void work();
     std::shared_ptr<Entry> take();
     std::unique_ptr<HevcEngine> openEngine();
-    Progress code(HevcEngine* engine, Entry* entry);
+    std::optional<Progress> code(HevcEngine* engine, Entry* entry);
     bool codeToBudget(HevcEngine* engine, const PlanarPicture& planar, std::vector<uint8_t>* coded);
     void finish(Entry* entry, Progress progress);
     void fail();
