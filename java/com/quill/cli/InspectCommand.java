@@ -1,0 +1,113 @@
+package com.quill.cli;
+
+import com.quill.inspect.Extraction;
+import com.quill.inspect.HeifReport;
+import com.quill.inspect.JsonReport;
+import com.quill.inspect.TextReport;
+import java.io.IOException;
+import java.io.PrintWriter;
+import java.nio.file.AccessDeniedException;
+import java.nio.file.FileSystemException;
+import java.nio.file.Files;
+import java.nio.file.Path;
+import java.util.List;
+import java.util.concurrent.Callable;
+import picocli.CommandLine.Command;
+import picocli.CommandLine.Model.CommandSpec;
+import picocli.CommandLine.Option;
+import picocli.CommandLine.Parameters;
+import picocli.CommandLine.Spec;
+
+/** {@code quill inspect}: what is in a HEIF file. */
+@Command(name = "inspect", sortOptions = false,
+        description = "Shows what is in a HEIF file: boxes, items, grid, EXIF and XMP.",
+        footer = {"", "A damaged file is shown as far as it can be read.", "",
+            "docs/inspect.md lists the names in the JSON document.", "",
+            "Exit status: 0 for a sound file, 1 when something in it is damaged or could not be written, "
+                + "2 for wrong usage."})
+final class InspectCommand implements Callable<Integer> {
+    @Spec
+    private CommandSpec mSpec;
+
+    @Parameters(paramLabel = "FILE", description = "The file to look into.")
+    private Path mFile;
+
+    @Option(names = "--json", description = "Writes one JSON document in place of text; complete, nothing summarised.")
+    private boolean mJson;
+
+    @Option(names = "--extract", paramLabel = "DIR",
+            description = "Writes the EXIF block (exif.bin), its thumbnail (thumbnail.jpg) and the XMP packet "
+                    + "(xmp.xml), as far as there are any, into DIR, which is made when it is missing.")
+    private Path mFolder;
+
+    @Option(names = {"-h", "--help"}, usageHelp = true, description = "Shows this help.")
+    private boolean mHelp;
+
+    @Override
+    public Integer call() {
+        try {
+            checkFile();
+            HeifReport report = HeifReport.read(mFile);
+            write(report);
+            List<String> problems = report.problems();
+            boolean extracted = mFolder == null || extract(report);
+            if (problems.isEmpty()) return extracted ? 0 : 1;
+            String more = problems.size() == 1 ? "" : "; more under its problems";
+            return fail(problems.get(0) + more);
+        } catch (IOException e) {
+            return fail(describe(e));
+        } catch (OutOfMemoryError e) {
+            return fail("there is not enough memory for what it holds");
+        } catch (RuntimeException e) {
+            return fail("failed unexpectedly: " + e);
+        }
+    }
+
+    private int fail(String why) {
+        PrintWriter err = mSpec.commandLine().getErr();
+        err.println("quill: " + mFile + ": " + why);
+        err.flush();
+        return 1;
+    }
+
+    private void checkFile() throws IOException {
+        if (!Files.exists(mFile)) throw new IOException("there is no such file");
+        if (Files.isDirectory(mFile)) throw new IOException("is a directory");
+        if (!Files.isRegularFile(mFile)) throw new IOException("is not a regular file");  // a pipe has no length
+    }
+
+    private void write(HeifReport report) throws IOException {
+        PrintWriter out = mSpec.commandLine().getOut();
+        if (mJson) {
+            JsonReport.write(report, out);
+        } else {
+            TextReport.write(report, out);
+        }
+        out.flush();
+    }
+
+    private boolean extract(HeifReport report) {
+        // JSON stays the only thing on the standard output.
+        PrintWriter out = mJson ? mSpec.commandLine().getErr() : mSpec.commandLine().getOut();
+        try {
+            List<Path> written = Extraction.write(report, mFolder);
+            if (!mJson) out.println();
+            for (Path file : written) out.println("wrote " + file + ", " + Files.size(file) + " bytes");
+            if (written.isEmpty()) out.println("nothing to extract: there is no EXIF and no XMP");
+            out.flush();
+            return true;
+        } catch (IOException e) {
+            fail("cannot extract: " + describe(e));
+            return false;
+        }
+    }
+
+    private static String describe(IOException e) {
+        if (e instanceof AccessDeniedException) return "access to " + e.getMessage() + " is denied";
+        if (e instanceof FileSystemException) {
+            FileSystemException failure = (FileSystemException) e;
+            return failure.getFile() + ": " + (failure.getReason() == null ? "cannot be used" : failure.getReason());
+        }
+        return e.getMessage() == null ? e.toString() : e.getMessage();
+    }
+}
