@@ -3,15 +3,15 @@
 #include "HeifWriterJni.h"
 
 #include <fcntl.h>
-#include <string.h>
 
 #include <memory>
-#include <vector>
+#include <string>
 
+#include <android/bitmap.h>
 #include <android/file_descriptor_jni.h>
 #include <log/log.h>
-#include <nativehelper/JNIHelp.h>
 
+#include "FrameSource.h"
 #include "PinnedBytes.h"
 #include "QuillHeifWriter.h"
 
@@ -19,56 +19,80 @@ namespace android {
 
 namespace {
 
-/**
- * A pinned frame array as the whole frame that the writer reads. An array that lacks only the tail of its last chroma
- * row is completed in a copy, and what the writer changed in that goes back into the array.
- */
-class PinnedFrame {
-  public:
-    PinnedFrame(JNIEnv* env, jbyteArray array) : mArray(env, array) {}
-    ~PinnedFrame() {
-        if (!mCompleted.empty() && !mLate) memcpy(mArray.data(), mCompleted.data(), arrayBytes());
-    }
-    PinnedFrame(const PinnedFrame&) = delete;
-    PinnedFrame& operator=(const PinnedFrame&) = delete;
-
-    /** The frame's pixels; null when the array could not be pinned or is too short for `expected`. */
-    uint8_t* pixels(const FrameBytes& expected) {
-        if (mArray.failed() || mArray.length() < expected.least) return nullptr;
-        if (mArray.length() >= expected.whole) return mArray.data();
-        mCompleted.assign(mArray.data(), mArray.data() + arrayBytes());
-        mCompleted.resize(static_cast<size_t>(expected.whole));
-        return mCompleted.data();
-    }
-
-    /** The call returns while the looper still reads the frame. */
-    void outliveCall() {
-        mLate = true;
-        mArray.outliveCall();
-    }
-
-  private:
-    size_t arrayBytes() const { return static_cast<size_t>(mArray.length()); }
-
-    PinnedBytes mArray;
-    std::vector<uint8_t> mCompleted;
-    bool mLate = false;
+/** What the writer may still read after a call has timed out. */
+struct CallerMemory {
+    std::unique_ptr<FrameSource> frame;
+    std::string xmp;
 };
 
-/** Writes the frame; a frame that timed out stays pinned until the looper is done with it. */
-int32_t processPinnedFrame(const sp<QuillHeifWriter>& writer, const std::shared_ptr<PinnedFrame>& frame,
-                           const PinnedBytes& exif, int output) {
-    uint8_t* const pixels = frame->pixels(writer->expectedFrame());
+/** The descriptors of a live photo; -1 for one that is absent. */
+struct LivePhotoFiles {
+    int gainmap;
+    int video;
+    int output;
+
+    bool areUsable() const { return video != -1 && output != -1 && isWritable(output); }
+};
+
+LivePhotoFiles filesOf(JNIEnv* env, jobject fd, const ParsedOptions& options) {
+    return {options.gainmapFd == nullptr ? -1 : AFileDescriptor_getFd(env, options.gainmapFd),
+            AFileDescriptor_getFd(env, options.videoFd), AFileDescriptor_getFd(env, fd)};
+}
+
+std::string textOf(JNIEnv* env, jobject string) {
+    const auto text = static_cast<jstring>(string);
+    if (text == nullptr) return {};
+    const char* const characters = env->GetStringUTFChars(text, nullptr);
+    if (characters == nullptr) return {};
+    std::string copy(characters, static_cast<size_t>(env->GetStringUTFLength(text)));
+    env->ReleaseStringUTFChars(text, characters);
+    return copy;
+}
+
+/**
+ * Calls `write(pixels)` with the frame's pixels. Memory that the looper still reads afterwards stays as it is until
+ * the writer is destroyed.
+ */
+template <typename Write>
+jlong writeFrame(const sp<QuillHeifWriter>& writer, const std::shared_ptr<CallerMemory>& memory, Write write) {
+    uint8_t* const pixels = memory->frame->pixels(writer->expectedFrame());
     if (pixels == nullptr) {
         ALOGE("Input parameter is invalid!");
         return -1;
     }
-    const int32_t result = writer->processInputFrame(pixels, exif.data(), static_cast<uint32_t>(exif.length()), output);
-    if (result != 0 && writer->isFrameInFlight()) {
-        frame->outliveCall();
-        writer->holdUntilDestroyed(frame);
+    const int32_t result = write(pixels);
+    const bool late = result != 0 && writer->isFrameInFlight();
+    if (late) {
+        memory->frame->outliveCall();
+    } else {
+        memory->frame.reset();
     }
+    // The writer keeps the packet for frames to come.
+    if (late || !memory->xmp.empty()) writer->holdUntilDestroyed(memory);
     return result;
+}
+
+/** The common part of both live-photo methods; `makeFrame` pins or locks the pixels. */
+template <typename MakeFrame>
+jlong writeLivePhoto(JNIEnv* env, jlong handle, jbyteArray exif, const ParsedOptions& options,
+                     const LivePhotoFiles& files, MakeFrame makeFrame) {
+    const sp<QuillHeifWriter> writer = writerOf(handle);
+    if (writer == nullptr) {
+        throwNotSetUp(env, "Muxer was not set up correctly");
+        return -1;
+    }
+    const PinnedBytes block(env, exif);
+    const PinnedBytes extender(env, static_cast<jbyteArray>(options.fileExtender));
+    if (block.failed() || block.length() < 0 || extender.failed()) return -1;
+    const auto memory = std::make_shared<CallerMemory>();
+    memory->xmp = textOf(env, options.xmpData);
+    memory->frame = makeFrame();
+    return writeFrame(writer, memory, [&](uint8_t* pixels) {
+        return writer->createLivePhoto(pixels, block.data(), static_cast<uint32_t>(block.length()), memory->xmp.data(),
+                                       static_cast<uint32_t>(memory->xmp.size()), extender.data(),
+                                       static_cast<uint32_t>(extender.length()), files.gainmap, files.video,
+                                       files.output);
+    });
 }
 
 }  // namespace
@@ -96,26 +120,41 @@ jlong nativeProcessHeicPhotoFrame(JNIEnv* env, jobject thiz, jlong handle, jbyte
         ALOGE("File descriptor is not in read-write mode or write-only mode!");
         return -1;
     }
-    const auto frame = std::make_shared<PinnedFrame>(env, yuv);
     const PinnedBytes block(env, exif);
     if (block.failed() || block.length() < 0) return -1;
-    return processPinnedFrame(writer, frame, block, output);
+    const auto memory = std::make_shared<CallerMemory>();
+    memory->frame = std::make_unique<PinnedFrame>(env, yuv);
+    return writeFrame(writer, memory, [&](uint8_t* pixels) {
+        return writer->processInputFrame(pixels, block.data(), static_cast<uint32_t>(block.length()), output);
+    });
 }
 
-// Registered, so that one build of the Java class serves this library and later ones; not able to write yet.
-static jlong throwLivePhotoUnsupported(JNIEnv* env) {
-    jniThrowException(env, "java/lang/UnsupportedOperationException", "This library does not write live photos yet");
-    return -1;
+jlong nativeCreateLivePhoto(JNIEnv* env, jobject thiz, jlong handle, jbyteArray yuv, jbyteArray exif, jobject fd,
+                            jobject options) {
+    const jclass clazz = env->GetObjectClass(thiz);
+    const ParsedOptions parsed = parseOptions(env, options);
+    if (fd == nullptr || yuv == nullptr || clazz == nullptr || parsed.videoFd == nullptr) return -1;
+    const LivePhotoFiles files = filesOf(env, fd, parsed);
+    if (!files.areUsable()) {
+        ALOGE("File descriptor is not in read-write mode or write-only mode!");
+        return -1;
+    }
+    return writeLivePhoto(env, handle, exif, parsed, files, [&] { return std::make_unique<PinnedFrame>(env, yuv); });
 }
 
-jlong nativeCreateLivePhoto(JNIEnv* env, jobject /* thiz */, jlong /* handle */, jbyteArray /* yuv */,
-                            jbyteArray /* exif */, jobject /* fd */, jobject /* options */) {
-    return throwLivePhotoUnsupported(env);
-}
-
-jlong nativeCreateLivePhotoByBmp(JNIEnv* env, jobject /* thiz */, jlong /* handle */, jobject /* bitmap */,
-                                 jbyteArray /* exif */, jobject /* fd */, jobject /* options */) {
-    return throwLivePhotoUnsupported(env);
+// Differs from its sibling on purpose: descriptors are refused without a log, and the bitmap is asked for its format
+// without being held to it. Apps that probe with a bitmap first do not expect lines in their log.
+jlong nativeCreateLivePhotoByBmp(JNIEnv* env, jobject thiz, jlong handle, jobject bitmap, jbyteArray exif, jobject fd,
+                                 jobject options) {
+    const jclass clazz = env->GetObjectClass(thiz);
+    const ParsedOptions parsed = parseOptions(env, options);
+    if (fd == nullptr || bitmap == nullptr || clazz == nullptr || parsed.videoFd == nullptr) return -1;
+    const LivePhotoFiles files = filesOf(env, fd, parsed);
+    if (!files.areUsable()) return -1;
+    AndroidBitmapInfo info;
+    AndroidBitmap_getInfo(env, bitmap, &info);
+    return writeLivePhoto(env, handle, exif, parsed, files,
+                          [&] { return std::make_unique<LockedBitmap>(env, bitmap); });
 }
 
 }  // namespace android

@@ -135,7 +135,7 @@ void QuillHeifWriter::finishFile() {
 
 bool QuillHeifWriter::isFrameInFlight() const { return mFrameInFlight.load(std::memory_order_acquire); }
 
-void QuillHeifWriter::holdUntilDestroyed(std::shared_ptr<void> memory) { mHeldMemory = std::move(memory); }
+void QuillHeifWriter::holdUntilDestroyed(std::shared_ptr<void> memory) { mHeldMemory.push_back(std::move(memory)); }
 
 // A frame that timed out is still with the looper. Stopping the codec ends it soon, joining the looper makes sure; only
 // then may the encoder go.
@@ -163,7 +163,7 @@ void QuillHeifWriter::destroy() {
         mLooper->stop();
         mLooper.clear();
     }
-    mHeldMemory.reset();
+    mHeldMemory.clear();
     if (mEncodedData != nullptr) {
         delete[] mEncodedData;
         mEncodedData = nullptr;

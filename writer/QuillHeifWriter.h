@@ -67,9 +67,25 @@ class QuillHeifWriter : public AHandler {
      */
     int32_t processInputFrame(uint8_t* yuv, uint8_t* exif, uint32_t exifLen, int32_t fd);
 
+    /**
+     * Writes a live photo: the still as `processInputFrame` does, with the XMP packet `xmp` (`xmpLen` bytes, 0 for
+     * none; valid until the looper is done with the frame), then the video, the gain map (-1 for none) and
+     * `fileExtender` (null for none) as boxes. 0, or -1 with the file left as far as it was written.
+     */
+    int createLivePhoto(uint8_t* yuv, uint8_t* exif, uint32_t exifLen, char* xmp, uint32_t xmpLen,
+                        uint8_t* fileExtender, uint32_t fileExtenderLen, int gainmapFd, int videoFd, int fd);
+    /** Appends the boxes behind the still, at `fd`'s offset; 0 or -1. Descriptors stay open. */
+    int addMotionPhoto(int videoFd, int gainmapFd, int fd, uint8_t* fileExtender, uint32_t fileExtenderLen);
+    int addGainMap(int gainmapFd, int fd);
+    /** Kept for callers of the interface: the packet of a live photo is its caller's. */
+    bool createXmp(uint32_t len);
+    /** A motion-photo packet for callers to fill: head, the video's length in decimal digits, tail. */
+    static const char mXmpDataHead[967];
+    static const char mXmpDataTail[153];
+
     /** True while the looper may touch the pixels of a frame, which after a time-out is beyond the call. */
     bool isFrameInFlight() const;
-    /** Keeps `memory` until `destroy` has seen the looper end: the pixels of a frame that timed out. */
+    /** Keeps `memory` until `destroy` has seen the looper end: pixels of a frame that timed out, an XMP packet. */
     void holdUntilDestroyed(std::shared_ptr<void> memory);
 
     /** Closes and releases the encoder; waits for a frame in flight to end, which it hastens. */
@@ -182,7 +198,7 @@ class QuillHeifWriter : public AHandler {
     uint32_t mEncodedSize = 0;
     int32_t* mTrackIndices = nullptr;
     Callback mCallback = nullptr;
-    std::shared_ptr<void> mHeldMemory;
+    std::vector<std::shared_ptr<void>> mHeldMemory;
 };
 
 }  // namespace android
