@@ -24,6 +24,11 @@ final class AtomicOutput implements AutoCloseable {
         Runtime.getRuntime().addShutdownHook(new Thread(AtomicOutput::removeUnfinished));
     }
 
+    /** Throws when the file at a path is not whole. */
+    interface Check {
+        void check(Path file) throws IOException;
+    }
+
     private final Path mTarget;
     private final Path mGrowing;
     private final RandomAccessFile mFile;
@@ -37,6 +42,11 @@ final class AtomicOutput implements AutoCloseable {
     /** Open for reading and writing at offset 0. */
     FileDescriptor descriptor() throws IOException {
         return mFile.getFD();
+    }
+
+    /** Bytes written so far; callable from any thread. 0 once the file is closed. */
+    long size() {
+        return mGrowing.toFile().length();
     }
 
     /** Why the file cannot take more data, or null when it can or is closed already; spoils what was written. */
@@ -53,9 +63,9 @@ final class AtomicOutput implements AutoCloseable {
     }
 
     /** Brings the data to the disk, checks the file and gives it its name, replacing a file that has it already. */
-    void publish() throws IOException {
+    void publish(Check check) throws IOException {
         mFile.getFD().sync();
-        HeifFileCheck.check(mGrowing);
+        check.check(mGrowing);
         mFile.close();
         Files.move(mGrowing, mTarget, StandardCopyOption.ATOMIC_MOVE);
         forget(mGrowing);

@@ -6,8 +6,6 @@ import com.quill.inspect.JsonReport;
 import com.quill.inspect.TextReport;
 import java.io.IOException;
 import java.io.PrintWriter;
-import java.nio.file.AccessDeniedException;
-import java.nio.file.FileSystemException;
 import java.nio.file.Files;
 import java.nio.file.Path;
 import java.util.List;
@@ -20,7 +18,7 @@ import picocli.CommandLine.Spec;
 
 /** {@code quill inspect}: what is in a HEIF file. */
 @Command(name = "inspect", sortOptions = false,
-        description = "Shows what is in a HEIF file: boxes, items, grid, EXIF and XMP.",
+        description = "Shows what is in a HEIF file: boxes, items, grid, EXIF, XMP, live-photo sections.",
         footer = {"", "A damaged file is shown as far as it can be read.", "",
             "docs/inspect.md lists the names in the JSON document.", "",
             "Exit status: 0 for a sound file, 1 when something in it is damaged or could not be written, "
@@ -36,8 +34,9 @@ final class InspectCommand implements Callable<Integer> {
     private boolean mJson;
 
     @Option(names = "--extract", paramLabel = "DIR",
-            description = "Writes the EXIF block (exif.bin), its thumbnail (thumbnail.jpg) and the XMP packet "
-                    + "(xmp.xml), as far as there are any, into DIR, which is made when it is missing.")
+            description = "Writes the EXIF block (exif.bin), its thumbnail (thumbnail.jpg), the XMP packet (xmp.xml) and "
+                    + "a live photo's video.mp4, gainmap.bin and extender.bin, as far as there are any, into DIR, "
+                    + "which is made when it is missing.")
     private Path mFolder;
 
     @Option(names = {"-h", "--help"}, usageHelp = true, description = "Shows this help.")
@@ -46,7 +45,7 @@ final class InspectCommand implements Callable<Integer> {
     @Override
     public Integer call() {
         try {
-            checkFile();
+            FailureText.checkInput(mFile);
             HeifReport report = HeifReport.read(mFile);
             write(report);
             List<String> problems = report.problems();
@@ -55,7 +54,7 @@ final class InspectCommand implements Callable<Integer> {
             String more = problems.size() == 1 ? "" : "; more under its problems";
             return fail(problems.get(0) + more);
         } catch (IOException e) {
-            return fail(describe(e));
+            return fail(FailureText.of(e));
         } catch (OutOfMemoryError e) {
             return fail("there is not enough memory for what it holds");
         } catch (RuntimeException e) {
@@ -68,12 +67,6 @@ final class InspectCommand implements Callable<Integer> {
         err.println("quill: " + mFile + ": " + why);
         err.flush();
         return 1;
-    }
-
-    private void checkFile() throws IOException {
-        if (!Files.exists(mFile)) throw new IOException("there is no such file");
-        if (Files.isDirectory(mFile)) throw new IOException("is a directory");
-        if (!Files.isRegularFile(mFile)) throw new IOException("is not a regular file");  // a pipe has no length
     }
 
     private void write(HeifReport report) throws IOException {
@@ -93,21 +86,12 @@ final class InspectCommand implements Callable<Integer> {
             List<Path> written = Extraction.write(report, mFolder);
             if (!mJson) out.println();
             for (Path file : written) out.println("wrote " + file + ", " + Files.size(file) + " bytes");
-            if (written.isEmpty()) out.println("nothing to extract: there is no EXIF and no XMP");
+            if (written.isEmpty()) out.println("nothing to extract: there is no EXIF, no XMP and no live photo");
             out.flush();
             return true;
         } catch (IOException e) {
-            fail("cannot extract: " + describe(e));
+            fail("cannot extract: " + FailureText.of(e));
             return false;
         }
-    }
-
-    private static String describe(IOException e) {
-        if (e instanceof AccessDeniedException) return "access to " + e.getMessage() + " is denied";
-        if (e instanceof FileSystemException) {
-            FileSystemException failure = (FileSystemException) e;
-            return failure.getFile() + ": " + (failure.getReason() == null ? "cannot be used" : failure.getReason());
-        }
-        return e.getMessage() == null ? e.toString() : e.getMessage();
     }
 }

@@ -26,7 +26,7 @@ final class PlannedStill {
         Map<Path, Path> photoOfTarget = new HashMap<>();
         List<PlannedStill> planned = new ArrayList<>();
         for (Path photo : photos) {
-            Path target = targetOf(photo, folder);
+            Path target = targetOf(photo, folder, ".heic");
             Path other = photoOfTarget.putIfAbsent(target.toAbsolutePath().normalize(), photo);
             if (other != null) {
                 throw new IllegalArgumentException(other + " and " + photo + " would both become " + target);
@@ -36,27 +36,37 @@ final class PlannedStill {
         return planned;
     }
 
-    private static Path targetOf(Path photo, Path folder) {
+    /** NAME, the photograph's without its ending, + {@code ending}, in {@code folder} or, when null, beside it. */
+    static Path targetOf(Path photo, Path folder, String ending) {
         Path fileName = photo.getFileName();
         String name = fileName == null ? "" : fileName.toString();
         int dot = name.lastIndexOf('.');
-        String heic = (dot > 0 ? name.substring(0, dot) : name) + ".heic";
-        return folder == null ? photo.resolveSibling(heic) : folder.resolve(heic);
+        String target = (dot > 0 ? name.substring(0, dot) : name) + ending;
+        return folder == null ? photo.resolveSibling(target) : folder.resolve(target);
     }
 
     /** Throws an IOException that says why when the output cannot take the target's place. */
     void checkTarget(List<PlannedStill> all) throws IOException {
+        checkTarget();
+        for (PlannedStill planned : all) checkKept("photograph", planned.mPhoto);
+    }
+
+    /** The target's place only, whatever else is to be kept. */
+    void checkTarget() throws IOException {
         if (Files.isDirectory(mTarget)) throw new IOException("the output " + mTarget + " is a directory");
         Path folder = mTarget.toAbsolutePath().getParent();
         if (!Files.isDirectory(folder)) throw new IOException("there is no folder " + folder + " for the output");
         if (!Files.isWritable(folder)) throw new IOException("the folder " + folder + " is not writable");
-        if (!Files.exists(mTarget)) return;
         // Renaming over a device such as /dev/null would take it away from everyone.
-        if (!Files.isRegularFile(mTarget)) throw new IOException("the output " + mTarget + " is not a regular file");
-        for (PlannedStill planned : all) {
-            if (Files.exists(planned.mPhoto) && Files.isSameFile(mTarget, planned.mPhoto)) {
-                throw new IOException("the output would overwrite the photograph " + planned.mPhoto);
-            }
+        if (Files.exists(mTarget) && !Files.isRegularFile(mTarget)) {
+            throw new IOException("the output " + mTarget + " is not a regular file");
+        }
+    }
+
+    /** Throws when the target is {@code source}, an existing file of the given kind, under this name or another. */
+    void checkKept(String kind, Path source) throws IOException {
+        if (Files.exists(mTarget) && Files.exists(source) && Files.isSameFile(mTarget, source)) {
+            throw new IOException("the output would overwrite the " + kind + " " + source);
         }
     }
 }

@@ -9,7 +9,8 @@ import picocli.CommandLine.Spec;
 
 /** The command line's entry. */
 @Command(name = "quill", description = "Writes HEIF pictures and looks into them.",
-        subcommands = {StillCommand.class, InspectCommand.class}, synopsisSubcommandLabel = "COMMAND")
+        subcommands = {StillCommand.class, LiveCommand.class, InspectCommand.class},
+        synopsisSubcommandLabel = "COMMAND")
 public final class Quill implements Runnable {
     private static final int kWrongUsage = 2;
 

@@ -34,11 +34,20 @@ final class StillConversion {
         }
     }
 
+    /** What is made of a frame. */
+    interface Content {
+        /** Has the writer write everything to the output. */
+        void write(QuillHeifWriter writer, Frame frame, AtomicOutput output) throws IOException;
+
+        /** Throws when {@code file} is not what was to be written. */
+        void check(Path file) throws IOException;
+    }
+
     /** A photograph as the library takes it. */
-    private static final class Frame {
+    static final class Frame {
         final FrameLayout mLayout;
         final byte[] mPixels;
-        final byte[] mExif;
+        final byte[] mExif;  // null for none
         final int mRotation;
 
         Frame(FrameLayout layout, byte[] pixels, byte[] exif, int rotation) {
@@ -46,6 +55,18 @@ final class StillConversion {
             mPixels = pixels;
             mExif = exif;
             mRotation = rotation;
+        }
+    }
+
+    private static final class StillContent implements Content {
+        @Override
+        public void write(QuillHeifWriter writer, Frame frame, AtomicOutput output) throws IOException {
+            writer.writePhoto(frame.mPixels, frame.mExif, output.descriptor());
+        }
+
+        @Override
+        public void check(Path file) throws IOException {
+            HeifFileCheck.check(file);
         }
     }
 
@@ -59,12 +80,17 @@ final class StillConversion {
         mRotation = rotation;
     }
 
-    /** Writes {@code target}, or leaves it as it was and throws an IOException that says why. */
+    /** Writes a still to {@code target}, or leaves that as it was and throws an IOException that says why. */
     Result run(Path photo, Path target) throws IOException {
+        return run(photo, target, new StillContent());
+    }
+
+    /** As above, for a still and what goes with it. */
+    Result run(Path photo, Path target, Content content) throws IOException {
         long start = System.nanoTime();
         Frame frame = load(photo);
         try (AtomicOutput output = new AtomicOutput(target)) {
-            write(frame, output);
+            write(frame, content, output);
         }
         return new Result(frame.mLayout, Files.size(target), System.nanoTime() - start);
     }
@@ -97,13 +123,13 @@ final class StillConversion {
         return width % 2 == 0 ? ColorFormat.NV12 : ColorFormat.RGBA8888;
     }
 
-    private void write(Frame frame, AtomicOutput output) throws IOException {
+    private void write(Frame frame, Content content, AtomicOutput output) throws IOException {
         long start = System.nanoTime();
         boolean encoded = false;
         try (QuillHeifWriter writer = new QuillHeifWriter(frame.mLayout, mQuality, frame.mRotation)) {
-            writer.writePhoto(frame.mPixels, frame.mExif, output.descriptor());
+            content.write(writer, frame, output);
             encoded = true;
-            output.publish();
+            output.publish(content::check);
         } catch (IOException e) {
             String full = output.whyFull();
             if (full != null) throw new IOException("the output cannot be written: " + full, e);

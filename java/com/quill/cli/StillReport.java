@@ -24,10 +24,15 @@ final class StillReport {
     }
 
     void written(PlannedStill still, StillConversion.Result result) {
+        written(still, result, "");
+    }
+
+    /** With a remark at the end of the line. */
+    void written(PlannedStill still, StillConversion.Result result, String remark) {
         clearBar();
-        mOut.println(String.format(Locale.ROOT, "%s -> %s  %dx%d  %s  %s  %.1f s", still.mPhoto, still.mTarget,
+        mOut.println(String.format(Locale.ROOT, "%s -> %s  %dx%d  %s  %s  %.1f s%s", still.mPhoto, still.mTarget,
                 result.mLayout.width(), result.mLayout.height(), StillConversion.nameOf(result.mLayout.format()),
-                sizeText(result.mBytes), result.mNanos / 1e9));
+                sizeText(result.mBytes), result.mNanos / 1e9, remark));
         mOut.flush();
         step();
     }

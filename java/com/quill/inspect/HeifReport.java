@@ -27,6 +27,7 @@ public final class HeifReport {
     final List<Grid> mGrids = new ArrayList<>();
     final List<ExifData> mExif = new ArrayList<>();
     final List<XmpPacket> mXmp = new ArrayList<>();
+    List<LivePhotoSection> mLivePhoto = List.of();
     private final Problems mProblems = new Problems();
 
     private HeifReport(Path path, long size) {
@@ -60,6 +61,7 @@ public final class HeifReport {
         if (mSize == 0) throw new FormatException("is empty");
         mBoxes = BoxTree.read(source, mProblems);
         readBrands(source);
+        mLivePhoto = LivePhotoSection.among(mBoxes, mProblems);
         Box meta = Box.first(mBoxes, "meta");
         boolean sequence = Box.first(mBoxes, "moov") != null;
         if (meta == null && !sequence) mProblems.add("there is no box 'meta': the file lists no items");

@@ -51,6 +51,7 @@ public final class JsonReport {
         writeArray("grids", mReport.mGrids, this::writeGrid);
         writeArray("exif", mReport.mExif, this::writeExif);
         writeArray("xmp", mReport.mXmp, this::writeXmp);
+        writeArray("livePhoto", mReport.mLivePhoto, this::writeSection);
         writeArray("problems", mReport.problems(), mJson::writeString);
         mJson.writeEndObject();
     }
@@ -59,6 +60,14 @@ public final class JsonReport {
         mJson.writeArrayFieldStart(name);
         for (T each : elements) element.write(each);
         mJson.writeEndArray();
+    }
+
+    private void writeSection(LivePhotoSection section) throws IOException {
+        mJson.writeStartObject();
+        mJson.writeStringField("type", section.kind().mType);
+        mJson.writeNumberField("offset", section.offset());
+        mJson.writeNumberField("size", section.size());
+        mJson.writeEndObject();
     }
 
     private void writeBox(Box box) throws IOException {

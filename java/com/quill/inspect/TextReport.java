@@ -40,6 +40,10 @@ public final class TextReport {
         mReport.mGrids.forEach(this::writeGrid);
         mReport.mExif.forEach(this::writeExif);
         mReport.mXmp.forEach(this::writeXmp);
+        if (!mReport.mLivePhoto.isEmpty()) line("%n%-40s %12s %12s", "Live photo", "offset", "size");
+        for (LivePhotoSection section : mReport.mLivePhoto) {
+            line("%-40s %12d %12d", "  " + section.kind().mName, section.offset(), section.size());
+        }
         if (!mReport.problems().isEmpty()) line("%nProblems");
         for (String problem : mReport.problems()) line("  %s", problem);
     }

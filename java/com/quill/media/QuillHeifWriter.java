@@ -24,7 +24,7 @@ public final class QuillHeifWriter implements AutoCloseable {
     private long mHandle;  // the native writer's address, 0 after close
     private boolean mFrameTaken;
 
-    /** What a live photo has besides its still. Descriptors stay the caller's, and are read from where they stand. */
+    /** What a live photo has besides its still. Descriptors stay the caller's; their files are read from the start. */
     public static final class Options {
         // The native library reads these four by name.
         private String xmpData = "";

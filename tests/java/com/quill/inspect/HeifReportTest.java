@@ -56,6 +56,19 @@ class HeifReportTest {
     }
 
     @Test
+    void read_LivePhotoSectionsCloseTheFileInOrder() throws IOException {
+        byte[] video = HeifBytes.still();  // ends in one of five bytes
+        HeifReport live = read(HeifBytes.join(video, HeifBytes.box("gain", new byte[3]), HeifBytes.box("qext")));
+        assertEquals(List.of(), live.problems());
+        assertEquals(List.of(5L, 3L, 0L), live.mLivePhoto.stream().map(LivePhotoSection::size).toList());
+        assertEquals(video.length + 8, live.mLivePhoto.get(1).offset());
+        for (String stray : List.of("free", "mpvd")) {
+            HeifReport odd = read(HeifBytes.join(video, HeifBytes.box("gain"), HeifBytes.box(stray)));
+            assertEquals(1, odd.problems().size(), stray);
+        }
+    }
+
+    @Test
     void read_WholeFile() throws IOException {
         HeifReport report = read(HeifBytes.still());
         assertEquals(List.of(), report.problems());

@@ -1,0 +1,37 @@
+package com.quill.cli;
+
+import java.io.IOException;
+import java.nio.file.AccessDeniedException;
+import java.nio.file.FileSystemException;
+import java.nio.file.Files;
+import java.nio.file.NoSuchFileException;
+import java.nio.file.Path;
+
+/** Why a file could not be read or written, for the user. */
+final class FailureText {
+    private FailureText() {}
+
+    static String of(Throwable failure) {
+        if (failure instanceof IOException) return ofFile((IOException) failure);
+        if (failure instanceof OutOfMemoryError) return "there is not enough memory for the picture";
+        if (failure instanceof LinkageError) return "the native library cannot be used: " + failure.getMessage();
+        return "failed unexpectedly: " + failure;
+    }
+
+    /** Throws when {@code file} is nothing that can be read from start to end; a pipe, say, would block. */
+    static void checkInput(Path file) throws IOException {
+        if (!Files.exists(file)) throw new IOException("there is no such file");
+        if (Files.isDirectory(file)) throw new IOException("is a directory");
+        if (!Files.isRegularFile(file)) throw new IOException("is not a regular file");
+    }
+
+    private static String ofFile(IOException e) {
+        if (e instanceof NoSuchFileException) return "there is no file " + e.getMessage();
+        if (e instanceof AccessDeniedException) return "access to " + e.getMessage() + " is denied";
+        if (e instanceof FileSystemException) {
+            FileSystemException failure = (FileSystemException) e;
+            return failure.getFile() + ": " + (failure.getReason() == null ? "cannot be used" : failure.getReason());
+        }
+        return e.getMessage() == null ? e.toString() : e.getMessage();
+    }
+}

@@ -1,0 +1,204 @@
+package com.quill.cli;
+
+import static org.junit.jupiter.api.Assertions.assertArrayEquals;
+import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertFalse;
+import static org.junit.jupiter.api.Assertions.assertThrows;
+import static org.junit.jupiter.api.Assertions.assertTrue;
+
+import java.io.ByteArrayInputStream;
+import java.io.IOException;
+import java.io.PrintWriter;
+import java.io.StringWriter;
+import java.nio.charset.StandardCharsets;
+import java.nio.file.Files;
+import java.nio.file.Path;
+import java.util.Arrays;
+import java.util.Set;
+import java.util.stream.Collectors;
+import java.util.stream.Stream;
+import javax.imageio.ImageIO;
+import javax.xml.parsers.DocumentBuilderFactory;
+import org.junit.jupiter.api.BeforeEach;
+import org.junit.jupiter.api.Test;
+import org.junit.jupiter.api.io.TempDir;
+import org.w3c.dom.Element;
+import org.w3c.dom.NodeList;
+
+/** The command in this process, and its files as readers that are not ours see them. */
+class LiveCommandTest {
+    private static final Path kClip = Path.of(System.getProperty("quill.photos")).resolve("clip.mp4");
+
+    @TempDir
+    Path mFolder;
+
+    private StringWriter mOut;
+    private StringWriter mErr;
+    private Path mPhoto;
+
+    @BeforeEach
+    void setUp() throws IOException {
+        mPhoto = Pictures.writeJpeg(mFolder.resolve("photo.jpg"), 160, 96);
+    }
+
+    private int live(Object... arguments) {
+        mOut = new StringWriter();
+        mErr = new StringWriter();
+        return Quill.commandLine().setOut(new PrintWriter(mOut, true)).setErr(new PrintWriter(mErr, true))
+                .execute(Stream.concat(Stream.of("live"), Arrays.stream(arguments).map(Object::toString))
+                        .toArray(String[]::new));
+    }
+
+    private Path in(String name) {
+        return mFolder.resolve(name);
+    }
+
+    private Path write(String name, String text) throws IOException {
+        return Files.writeString(in(name), text, StandardCharsets.ISO_8859_1);
+    }
+
+    /** The clip with the first {@code from} in it replaced by as many other characters. */
+    private Path clipWith(String from, String to) throws IOException {
+        String clip = Files.readString(kClip, StandardCharsets.ISO_8859_1);
+        int at = clip.indexOf(from);
+        assertTrue(at > 0, from);
+        return write("other.mp4", clip.substring(0, at) + to + clip.substring(at + from.length()));
+    }
+
+    private void assertFails(int status, String why, Object... arguments) throws IOException {
+        assertEquals(status, live(arguments));
+        assertTrue(mErr.toString().startsWith("quill: ") && mErr.toString().contains(why), mErr.toString());
+        assertEquals("", mOut.toString());
+        try (Stream<Path> files = Files.list(mFolder)) {
+            Set<String> names = files.map(file -> file.getFileName().toString()).collect(Collectors.toSet());
+            assertFalse(names.stream().anyMatch(name -> name.contains(".heic")), names::toString);
+        }
+    }
+
+    private static byte[] run(String... command) throws IOException, InterruptedException {
+        ProcessBuilder builder = new ProcessBuilder(command).redirectError(ProcessBuilder.Redirect.DISCARD);
+        builder.environment().remove("LD_PRELOAD");  // a sanitizer's runtime is for our own code
+        Process process = builder.start();
+        byte[] output = process.getInputStream().readAllBytes();
+        assertEquals(0, process.waitFor(), command[0]);
+        return output;
+    }
+
+    private static NodeList items(byte[] xmp) throws Exception {
+        return DocumentBuilderFactory.newInstance().newDocumentBuilder().parse(new ByteArrayInputStream(xmp))
+                .getElementsByTagName("Container:Item");
+    }
+
+    private static int number(NodeList items, int index, String attribute) {
+        String text = ((Element) items.item(index)).getAttribute(attribute);
+        return text.isEmpty() ? 0 : Integer.parseInt(text);
+    }
+
+    @Test
+    void live_ReadersFindTheVideoByItsBoxAndFromTheEndOfTheFile() throws Exception {
+        byte[] clip = Files.readAllBytes(kClip);
+        write("gain.jpg", "gain map");
+        write("extender", "");
+        assertEquals(0, live(mPhoto, "--video", kClip, "--gainmap", in("gain.jpg"), "--extender", in("extender")),
+                mErr::toString);
+        assertTrue(mOut.toString().contains("1.5 s H.264"), mOut.toString());
+        Path output = in("photo.MP.heic");
+        byte[] extracted = run("exiftool", "-b", "-MotionPhotoVideo", output.toString());
+        assertArrayEquals(clip, extracted);
+        Path video = Files.write(in("extracted.mp4"), extracted);
+        String codec = new String(run("ffprobe", "-v", "error", "-show_entries", "stream=codec_name", video.toString()),
+                StandardCharsets.US_ASCII);
+        assertTrue(codec.contains("codec_name=h264"), codec);
+        run("heif-convert", output.toString(), in("still.png").toString());
+        assertEquals(160, ImageIO.read(in("still.png").toFile()).getWidth());
+
+        byte[] file = Files.readAllBytes(output);
+        NodeList items = items(run("exiftool", "-b", "-XMP", output.toString()));
+        assertEquals(4, items.getLength());
+        int at = file.length;
+        for (int i = items.getLength() - 1; i > 0; --i) {
+            assertEquals(0, number(items, i, "Item:Padding"), "counts for the first item only");
+            at -= number(items, i, "Item:Length");
+        }
+        assertArrayEquals(clip, Arrays.copyOfRange(file, at, at + number(items, 1, "Item:Length")));
+        String header = new String(file, at - number(items, 0, "Item:Padding"), 8, StandardCharsets.ISO_8859_1);
+        assertTrue(header.endsWith("mpvd"), "the first item's padding is the video box's header");
+    }
+
+    @Test
+    void live_OwnPacketArrivesWithEveryCharacter() throws Exception {
+        String packet = "<x:xmpmeta xmlns:x=\"adobe:ns:meta/\"><rdf:RDF xmlns:rdf=\"http://www.w3.org/1999/02/22-rdf-"
+                + "syntax-ns#\"><rdf:Description xmlns:dc=\"http://purl.org/dc/elements/1.1/\" "
+                + "dc:source=\"Straße \uD83D\uDE00\"/></rdf:RDF></x:xmpmeta>";
+        Files.writeString(in("packet.xmp"), "\uFEFF" + packet);
+        assertEquals(0, live(mPhoto, "--video", kClip, "--xmp", in("packet.xmp"), "-o", in("out.heic")),
+                mErr::toString);
+        byte[] source = run("exiftool", "-b", "-XMP-dc:Source", in("out.heic").toString());
+        assertEquals("Straße \uD83D\uDE00", new String(source, StandardCharsets.UTF_8).strip());
+    }
+
+    @Test
+    void live_UnusableVideosAreNamed() throws IOException {
+        assertFails(1, "there is no such file", mPhoto, "--video", in("none.mp4"));
+        assertFails(1, "is no MP4 or MOV video", mPhoto, "--video", mPhoto);
+        assertFails(1, "is empty", mPhoto, "--video", write("empty.mp4", ""));
+        assertFails(1, "no 'moov' box", mPhoto, "--video", clipWith("moov", "free"));
+        assertFails(1, "no 'mvhd' box", mPhoto, "--video", clipWith("mvhd", "free"));
+        assertFails(1, "no video track", mPhoto, "--video", clipWith("vide", "soun"));
+        assertFails(1, "codec (xyz1)", mPhoto, "--video", clipWith("avc1\0", "xyz1\0"));
+        assertFails(1, "how long", mPhoto, "--video", clipWith("\0\0\u0003\u00e8\0\0\u0005", "\0\0\0\0\0\0\u0005"));
+        byte[] clip = Files.readAllBytes(kClip);
+        Path cut = Files.write(in("cut.mp4"), Arrays.copyOf(clip, clip.length - 1));
+        assertFails(1, "cut short", mPhoto, "--video", cut);
+        assertEquals(0, live(mPhoto, "--video", cut, "--force"), mErr::toString);
+        assertTrue(mOut.toString().contains("unchecked"), mOut.toString());
+    }
+
+    @Test
+    void clip_CutOrScribbledOverIsReadOrRefusedButNeverWorse() throws IOException {
+        byte[] clip = Files.readAllBytes(kClip);
+        int movie = Pictures.find(clip, "mdat");
+        for (int at = 0; at < movie; at += 3) {
+            byte[] damaged = clip.clone();
+            Arrays.fill(damaged, at, at + 4, (byte) (at % 2 == 0 ? 0xff : 0));
+            Path file = Files.write(in("damaged.mp4"), damaged);
+            try {
+                assertTrue(Clip.read(file).mDurationUs > 0);
+            } catch (IOException expected) {
+                assertFalse(expected.getMessage().isEmpty());
+            }
+        }
+        for (int length = 0; length < movie; length += 7) {
+            Path file = Files.write(in("damaged.mp4"), Arrays.copyOf(clip, length));
+            assertThrows(IOException.class, () -> Clip.read(file));
+        }
+    }
+
+    @Test
+    void live_OtherWrongArgumentsWriteNothing() throws IOException {
+        assertFails(2, "--video", mPhoto);
+        assertFails(2, "quality 101", mPhoto, "--video", kClip, "-q", 101);
+        assertFails(1, "the gain map", mPhoto, "--video", kClip, "--gainmap", in("none"));
+        assertFails(1, "the extender", mPhoto, "--video", kClip, "--extender", mFolder);
+        assertFails(1, "is no XMP packet", mPhoto, "--video", kClip, "--xmp", write("text", "text"));
+        assertFails(1, "not in UTF-8", mPhoto, "--video", kClip, "--xmp", write("latin", "<x:xmpmeta \u00e9>"));
+        assertFails(1, "overwrite the photograph", mPhoto, "--video", kClip, "-o", mPhoto);
+        Path copy = Files.copy(kClip, in("copy.mp4"));
+        assertFails(1, "overwrite the video", mPhoto, "--video", copy, "-o", copy);
+        assertArrayEquals(Files.readAllBytes(kClip), Files.readAllBytes(copy));
+    }
+
+    @Test
+    void check_MissingOrShortSectionIsFound() throws IOException {
+        assertEquals(0, live(mPhoto, "--video", kClip, "-o", in("out.heic")), mErr::toString);
+        LiveContent same = new LiveContent(Clip.read(kClip), null, null, null, null);
+        same.check(in("out.heic"));
+        LiveContent more = new LiveContent(Clip.read(kClip), mPhoto, null, null, null);
+        assertThrows(IOException.class, () -> more.check(in("out.heic")));
+        LiveContent longer = new LiveContent(Clip.unchecked(mPhoto), null, null, null, null);
+        assertThrows(IOException.class, () -> longer.check(in("out.heic")));
+        byte[] file = Files.readAllBytes(in("out.heic"));
+        Path cut = Files.write(in("cut.heic"), Arrays.copyOf(file, file.length - 1));
+        assertThrows(IOException.class, () -> same.check(cut));
+    }
+}
