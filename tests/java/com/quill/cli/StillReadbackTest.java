@@ -1,15 +1,20 @@
 package com.quill.cli;
 
+import static org.junit.jupiter.api.Assertions.assertArrayEquals;
 import static org.junit.jupiter.api.Assertions.assertEquals;
 import static org.junit.jupiter.api.Assertions.assertNotNull;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import java.awt.image.BufferedImage;
+import java.io.ByteArrayOutputStream;
 import java.io.IOException;
+import java.io.InputStream;
+import java.nio.ByteBuffer;
 import java.nio.ByteOrder;
 import java.nio.charset.StandardCharsets;
 import java.nio.file.Files;
 import java.nio.file.Path;
+import java.util.Arrays;
 import java.util.regex.Pattern;
 import java.util.stream.Stream;
 import javax.imageio.ImageIO;
@@ -18,6 +23,7 @@ import org.junit.jupiter.api.io.TempDir;
 import org.junit.jupiter.params.ParameterizedTest;
 import org.junit.jupiter.params.provider.Arguments;
 import org.junit.jupiter.params.provider.MethodSource;
+import org.junit.jupiter.params.provider.ValueSource;
 import picocli.CommandLine;
 
 /** Stills of real photographs, as readers that are not ours see them. */
@@ -130,5 +136,158 @@ class StillReadbackTest {
         assertEquals(96, shown.getWidth());
         assertEquals(160, shown.getHeight());
         assertTrue(run("exiftool", "-G1", "-s", still.toString()).contains("Horizontal (normal)"));
+    }
+
+    private static byte[] output(String... command) throws IOException, InterruptedException {
+        ProcessBuilder builder = new ProcessBuilder(command).redirectError(ProcessBuilder.Redirect.DISCARD);
+        builder.environment().remove("LD_PRELOAD");
+        Process process = builder.start();
+        byte[] output = process.getInputStream().readAllBytes();
+        assertEquals(0, process.waitFor());
+        return output;
+    }
+
+    /** What the still command hands over for a photograph. */
+    private static byte[] handedOver(Path photo) throws IOException {
+        try (InputStream file = Files.newInputStream(photo)) {
+            byte[] block = ExifBlock.find(file);
+            ExifBlock.setUpright(block);
+            return block;
+        }
+    }
+
+    /** The still's EXIF item without the four bytes that the container puts in front. */
+    private byte[] exifOf(Path still) throws IOException, InterruptedException {
+        run("heif-convert", "--with-exif", still.toString(), mFolder.resolve("still.png").toString());
+        byte[] item = Files.readAllBytes(mFolder.resolve("still.exif"));
+        return Arrays.copyOfRange(item, 4, item.length);
+    }
+
+    private static int mean(BufferedImage source, int left, int top, int right, int bottom) {
+        long[] sums = new long[3];
+        for (int y = top; y < bottom; ++y) {
+            for (int x = left; x < right; ++x) {
+                int rgb = source.getRGB(x, y);
+                for (int i = 0; i < 3; ++i) sums[i] += rgb >> 8 * i & 0xff;
+            }
+        }
+        long count = (long) (right - left) * (bottom - top);
+        return (int) (sums[2] / count << 16 | sums[1] / count << 8 | sums[0] / count);
+    }
+
+    private static BufferedImage reduced(BufferedImage source, int width, int height) {
+        BufferedImage reduced = new BufferedImage(width, height, BufferedImage.TYPE_INT_RGB);
+        for (int y = 0; y < height; ++y) {
+            for (int x = 0; x < width; ++x) {
+                reduced.setRGB(x, y, mean(source, x * source.getWidth() / width, y * source.getHeight() / height,
+                        (x + 1) * source.getWidth() / width, (y + 1) * source.getHeight() / height));
+            }
+        }
+        return reduced;
+    }
+
+    private static int level(double value) {
+        return (int) Math.max(0, Math.min(255, value));
+    }
+
+    /**
+     * The picture as it looks when its chroma was made with the weights of analogue YUV, as the writer's definition
+     * has it for RGBA, and is shown with those of JPEG: red is 1.23 times as far from gray, blue 0.87 times.
+     */
+    private static BufferedImage withAnalogueChroma(BufferedImage picture) {
+        BufferedImage shown = new BufferedImage(picture.getWidth(), picture.getHeight(), BufferedImage.TYPE_INT_RGB);
+        for (int y = 0; y < picture.getHeight(); ++y) {
+            for (int x = 0; x < picture.getWidth(); ++x) {
+                int rgb = picture.getRGB(x, y);
+                int r = rgb >> 16 & 0xff;
+                int g = rgb >> 8 & 0xff;
+                int b = rgb & 0xff;
+                double luma = 0.299 * r + 0.587 * g + 0.114 * b;
+                double u = -0.14713 * r - 0.28886 * g + 0.436 * b;
+                double v = 0.615 * r - 0.51498 * g - 0.10001 * b;
+                shown.setRGB(x, y, level(luma + 1.402 * v) << 16 | level(luma - 0.344136 * u - 0.714136 * v) << 8
+                        | level(luma + 1.772 * u));
+            }
+        }
+        return shown;
+    }
+
+    /** Mean difference in levels, the worst channel's. */
+    private static double difference(BufferedImage expected, BufferedImage actual) {
+        double worst = 0;
+        for (int shift = 0; shift < 24; shift += 8) {
+            double sum = 0;
+            for (int y = 0; y < expected.getHeight(); ++y) {
+                for (int x = 0; x < expected.getWidth(); ++x) {
+                    sum += Math.abs((expected.getRGB(x, y) >> shift & 0xff) - (actual.getRGB(x, y) >> shift & 0xff));
+                }
+            }
+            worst = Math.max(worst, sum / (expected.getWidth() * expected.getHeight()));
+        }
+        return worst;
+    }
+
+    private BufferedImage checkedThumbnail(Path still) throws IOException, InterruptedException {
+        Path jpeg = Files.write(mFolder.resolve("thumbnail.jpg"),
+                output("exiftool", "-b", "-ThumbnailImage", still.toString()));
+        String facts = run("exiftool", "-s", "-s", jpeg.toString());
+        assertTrue(facts.contains("ImageSize: 256x192"), facts);
+        assertTrue(facts.contains("EncodingProcess: Baseline DCT, Huffman coding"), facts);
+        assertTrue(facts.contains("YCbCrSubSampling: YCbCr4:2:0 (2 2)"), facts);
+        return ImageIO.read(jpeg.toFile());
+    }
+
+    // RGBA is held to its definition and not to the photograph: its chroma has the weights of analogue YUV, so that a
+    // thumbnail of strong colours is up to 12 levels away from the picture.
+    @ParameterizedTest
+    @ValueSource(strings = {"i420", "nv12", "nv21", "p010", "rgba"})
+    void still_PhotographWithoutThumbnailGetsOneThatLooksLikeIt(String format) throws Exception {
+        Path photo = kPhotos.resolve(kPhone + ".jpg");
+        BufferedImage small = reduced(ImageIO.read(photo.toFile()), 256, 192);
+        BufferedImage thumbnail = checkedThumbnail(still(photo, "--format", format));
+        double difference = difference(format.equals("rgba") ? withAnalogueChroma(small) : small, thumbnail);
+        assertTrue(difference < 6, format + ": " + difference + " levels");
+    }
+
+    @Test
+    void still_RgbaThumbnailOfAPalePictureLooksLikeIt() throws Exception {
+        BufferedImage pale = new BufferedImage(1024, 768, BufferedImage.TYPE_3BYTE_BGR);
+        for (int y = 0; y < 768; ++y) {
+            for (int x = 0; x < 1024; ++x) {
+                int gray = 60 + x / 8 + y / 24;
+                pale.setRGB(x, y, gray + x / 64 << 16 | gray << 8 | gray + y / 64);
+            }
+        }
+        ByteArrayOutputStream bytes = new ByteArrayOutputStream();
+        ImageIO.write(pale, "jpeg", bytes);
+        byte[] jpeg = bytes.toByteArray();
+        byte[] block = Pictures.exif(ByteOrder.LITTLE_ENDIAN, 1);
+        Path photo = Files.write(mFolder.resolve("pale.jpg"), ByteBuffer.allocate(jpeg.length + 4 + block.length)
+                .put(jpeg, 0, 2).putShort((short) 0xffe1).putShort((short) (block.length + 2)).put(block)
+                .put(jpeg, 2, jpeg.length - 2).array());
+        double difference = difference(reduced(pale, 256, 192), checkedThumbnail(still(photo, "--format", "rgba")));
+        assertTrue(difference < 6, difference + " levels");
+    }
+
+    @Test
+    void still_ThumbnailChangesNothingElseOfTheExifBlock() throws Exception {
+        Path photo = kPhotos.resolve(kPhone + ".jpg");
+        byte[] before = handedOver(photo);
+        Path still = still(photo);
+        byte[] after = exifOf(still);
+        byte[] thumbnail = output("exiftool", "-b", "-ThumbnailImage", still.toString());
+        assertEquals(before.length + 95 + thumbnail.length, after.length);
+        assertArrayEquals(thumbnail, Arrays.copyOfRange(after, before.length + 95, after.length));
+        int tiff = 6;
+        int link = tiff + 10 + 12 * (before[tiff + 8] & 0xff);
+        ByteBuffer.wrap(before).order(ByteOrder.LITTLE_ENDIAN).putInt(link, before.length - tiff + 1);
+        assertArrayEquals(before, Arrays.copyOf(after, before.length));
+    }
+
+    @ParameterizedTest
+    @ValueSource(strings = {kBigEndian, kCompact})
+    void still_ExifBlockWithoutNeedOfAThumbnailIsKeptToTheByte(String name) throws Exception {
+        Path photo = kPhotos.resolve(name + ".jpg");
+        assertArrayEquals(handedOver(photo), exifOf(still(photo)));
     }
 }

@@ -1,0 +1,46 @@
+#include "support/JpegReader.h"
+
+#include <stdio.h>  // jpeglib.h needs it first
+
+#include <jpeglib.h>
+
+namespace quill::test {
+
+namespace {
+
+bool isBaseline420(const jpeg_decompress_struct& in) {
+    if (in.num_components != 3 || in.jpeg_color_space != JCS_YCbCr || in.data_precision != 8) return false;
+    bool halved = true;
+    for (int i = 0; i < 3; ++i) {
+        const int factor = i == 0 ? 2 : 1;
+        halved = halved && in.comp_info[i].h_samp_factor == factor && in.comp_info[i].v_samp_factor == factor;
+    }
+    return halved && in.progressive_mode == FALSE && in.arith_code == FALSE;
+}
+
+}  // namespace
+
+ReadJpeg readJpeg(const std::vector<uint8_t>& jpeg) {
+    jpeg_decompress_struct in{};
+    jpeg_error_mgr errors{};
+    in.err = jpeg_std_error(&errors);
+    jpeg_create_decompress(&in);
+    jpeg_mem_src(&in, jpeg.data(), jpeg.size());
+    jpeg_read_header(&in, TRUE);
+    in.out_color_space = JCS_YCbCr;
+    in.do_fancy_upsampling = FALSE;
+    jpeg_start_decompress(&in);
+    ReadJpeg read{static_cast<int>(in.image_width), static_cast<int>(in.image_height), isBaseline420(in), 0, {}};
+    const size_t pitch = size_t{3} * in.image_width;
+    read.yuv.resize(pitch * in.image_height);
+    while (in.output_scanline < in.image_height) {
+        JSAMPROW row = &read.yuv[pitch * in.output_scanline];
+        jpeg_read_scanlines(&in, &row, 1);
+    }
+    jpeg_finish_decompress(&in);
+    read.warnings = errors.num_warnings;
+    jpeg_destroy_decompress(&in);
+    return read;
+}
+
+}  // namespace quill::test
