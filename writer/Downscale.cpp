@@ -20,7 +20,7 @@ int32_t scaled(float scale, int32_t i, int32_t limit) {
 
 uint8_t addQuarter(uint8_t sum, uint8_t sample) {
     const int added = sum + (sample >> 2);
-    return static_cast<uint8_t>(added >= 255 ? 254 : added);  // 254 on purpose: 255 is left to saturated sources
+    return static_cast<uint8_t>(added >= 255 ? 254 : added);  // 254 on purpose, as thumbnails have always had it
 }
 
 }  // namespace

@@ -123,9 +123,10 @@ int compressThumbnail(const uint8_t* nv12, const ThumbnailSize& size, uint8_t* o
     const bool done = compress(work, size, planes);
     const bool fits = done && work.jpegSize <= capacity;
     if (fits) memcpy(out, work.jpeg, work.jpegSize);
+    // Until it is finished, the library may have outgrown the buffer that it told of first.
+    if (!done && work.jpeg != nullptr) work.compressor.dest->term_destination(&work.compressor);
+    free(work.jpeg);
     jpeg_destroy_compress(&work.compressor);
-    // After a failure the pointer may be one that the library has outgrown and freed: it tells only when it finishes.
-    if (done) free(work.jpeg);
     return fits ? static_cast<int>(work.jpegSize) : -1;
 }
 
