@@ -42,6 +42,7 @@ void LockedBitmap::outliveCall() {
     if (mPixels == nullptr || mVm->GetEnv(reinterpret_cast<void**>(&env), JNI_VERSION_1_4) != JNI_OK) return;
     mBitmap = env->NewGlobalRef(mBitmap);
     mLate = true;
+    if (mBitmap == nullptr) mPixels = nullptr;  // as with an array: locked for good
 }
 
 }  // namespace android

@@ -21,6 +21,8 @@ void PinnedBytes::outliveCall() {
     if (mBytes == nullptr || mVm->GetEnv(reinterpret_cast<void**>(&env), JNI_VERSION_1_4) != JNI_OK) return;
     mArray = static_cast<jbyteArray>(env->NewGlobalRef(mArray));
     mOutlivesCall = true;
+    // A VM out of memory gives no reference to release by: the elements stay pinned for good, and the looper safe.
+    if (mArray == nullptr) mBytes = nullptr;
 }
 
 }  // namespace android
