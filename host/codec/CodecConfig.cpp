@@ -6,6 +6,8 @@
 #include <media/stagefright/MediaCodecConstants.h>
 #include <media/stagefright/foundation/AString.h>
 
+#include "graphics/PixelLayout.h"
+
 namespace quill::host {
 
 using android::AMessage;
@@ -21,9 +23,6 @@ namespace {
 constexpr int32_t kMaxSide = 16384;
 constexpr int32_t kMaxGridSide = 256;  // ISO/IEC 23008-12 counts rows and columns in a byte
 
-/** A vendor's name for semi-planar P010, met in the field beside the public one. */
-constexpr int32_t kColorFormatVendorP010 = 0x7FA30C0A;
-
 constexpr int32_t kProfileMain10 = 2;
 constexpr int32_t kDefaultQuality = 80;
 
@@ -36,7 +35,7 @@ constexpr LayoutRow kLayouts[] = {
         {COLOR_FormatYUV420Planar, SampleLayout::kI420},
         {COLOR_FormatYUV420SemiPlanar, SampleLayout::kNv12},
         {COLOR_FormatYUVP010, SampleLayout::kP010},
-        {kColorFormatVendorP010, SampleLayout::kP010},
+        {kVendorP010, SampleLayout::kP010},
 };
 
 // What the output format repeats of the configured one.

@@ -6,6 +6,7 @@
 #include <system/graphics.h>
 
 #include "graphics/BufferContents.h"
+#include "graphics/PixelLayout.h"
 
 namespace quill::host {
 
@@ -20,7 +21,7 @@ constexpr FormatRow kFormats[] = {
         {HAL_PIXEL_FORMAT_RGBA_8888, SampleLayout::kRgba},
         {HAL_PIXEL_FORMAT_RGBX_8888, SampleLayout::kRgba},
         {HAL_PIXEL_FORMAT_YCBCR_P010, SampleLayout::kP010},
-        {0x7FA30C0A, SampleLayout::kP010},  // a vendor's P010
+        {kVendorP010, SampleLayout::kP010},
 };
 
 std::optional<SampleLayout> layoutOfFormat(int format) {

@@ -10,9 +10,6 @@ namespace {
 constexpr uint32_t kStrideAlignment = 64;
 /** What graphics hardware can address; keeps every size below 2^31 bytes. */
 constexpr uint32_t kMaxSide = 16384;
-/** P010 semi-planar in the vendor codecs' own numbering. */
-constexpr int32_t kVendorP010 = 0x7FA30C0A;
-
 struct Format {
     int32_t code;
     uint32_t bytesPerPixel;

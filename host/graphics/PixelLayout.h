@@ -6,6 +6,9 @@
 
 namespace quill::host {
 
+/** P010 semi-planar in the vendor codecs' own numbering, of surface buffers and of input buffers alike. */
+constexpr int32_t kVendorP010 = 0x7FA30C0A;
+
 /** Where the pixels of a buffer lie: a luma (or only) plane, and for 4:2:0 one plane of interleaved CbCr pairs behind
  * it. */
 struct PixelLayout {
