@@ -26,7 +26,7 @@ size_t workerCount(const CodecConfig& config) {
 }  // namespace
 
 EncodePool::EncodePool(const CodecConfig& config, std::function<void()> onProgress)
-        : mConfig(config), mOnProgress(std::move(onProgress)), mBitDepth(config.bitDepth) {
+        : mConfig(config), mMatrix(config.aspects), mOnProgress(std::move(onProgress)), mBitDepth(config.bitDepth) {
     const size_t workers = workerCount(config);
     // A client may draw a whole image on its surface before it asks for the first tile, from one thread.
     mMaxUnclaimed = workers + static_cast<size_t>(config.pictureCount()) + kUnclaimedPictures;
@@ -53,12 +53,12 @@ EncodePool::~EncodePool() {
 void EncodePool::submit(EncodeJob job) {
     auto entry = std::make_shared<Entry>();
     entry->result.timeUs = job.timeUs;
-    entry->result.endOfStream = job.read == nullptr;
+    entry->result.endOfStream = !job.picture;
     if (entry->result.endOfStream) entry->progress = Progress::kDone;
     entry->job = std::move(job);
     {
         const std::lock_guard<std::mutex> guard(mLock);
-        if (!mBitDepth && !entry->result.endOfStream) mBitDepth = entry->job.bitDepth;
+        if (!mBitDepth && !entry->result.endOfStream) mBitDepth = bitDepthOf(entry->job.picture->layout);
         mEntries.push_back(entry);
     }
     mWork.notify_one();
@@ -68,7 +68,6 @@ EncodePool::Poll EncodePool::poll(CodedPicture* picture) {
     {
         const std::lock_guard<std::mutex> guard(mLock);
         if (mFailed) return Poll::kFailed;
-        while (!mEntries.empty() && mEntries.front()->progress == Progress::kNothingToCode) mEntries.pop_front();
         if (mEntries.empty() || mEntries.front()->progress != Progress::kDone) return Poll::kNothing;
         *picture = std::move(mEntries.front()->result);
         mEntries.pop_front();
@@ -87,9 +86,8 @@ void EncodePool::work() {
     while (const std::shared_ptr<Entry> entry = take()) {
         if (engine == nullptr) engine = openEngine();
         if (engine == nullptr) return fail();
-        const std::optional<Progress> progress = code(engine.get(), entry.get());
-        if (!progress) return fail();
-        finish(entry.get(), *progress);
+        if (!code(engine.get(), entry.get())) return fail();
+        finish(entry.get());
     }
 }
 
@@ -127,15 +125,14 @@ std::unique_ptr<HevcEngine> EncodePool::openEngine() {
     return engine;
 }
 
-/** Nothing when the encoder failed. */
-std::optional<EncodePool::Progress> EncodePool::code(HevcEngine* engine, Entry* entry) {
+/** False when the encoder failed. */
+bool EncodePool::code(HevcEngine* engine, Entry* entry) {
     thread_local PlanarPicture planar;
-    if (!entry->job.read(&planar)) return Progress::kNothingToCode;
+    toPlanar(*entry->job.picture, mMatrix, &planar);
+    entry->job.release();
     mOnProgress();  // whoever waits for the input's memory can have it back
     std::vector<uint8_t>* const coded = &entry->result.bytes;
-    const bool done =
-            mConfig.constantQuality ? engine->encode(planar, std::nullopt, coded) : codeToBudget(engine, planar, coded);
-    return done ? std::optional(Progress::kDone) : std::nullopt;
+    return mConfig.constantQuality ? engine->encode(planar, std::nullopt, coded) : codeToBudget(engine, planar, coded);
 }
 
 bool EncodePool::codeToBudget(HevcEngine* engine, const PlanarPicture& planar, std::vector<uint8_t>* coded) {
@@ -148,11 +145,11 @@ bool EncodePool::codeToBudget(HevcEngine* engine, const PlanarPicture& planar, s
     return true;
 }
 
-void EncodePool::finish(Entry* entry, Progress progress) {
-    entry->job.read = nullptr;  // and with it the input's memory
+void EncodePool::finish(Entry* entry) {
+    entry->job.release = nullptr;  // and with it the input's memory
     {
         const std::lock_guard<std::mutex> guard(mLock);
-        entry->progress = progress;
+        entry->progress = Progress::kDone;
     }
     mOnProgress();
 }

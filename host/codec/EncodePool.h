@@ -23,12 +23,8 @@ struct CodedPicture {
 
 /** One picture to code, or the end of the stream. */
 struct EncodeJob {
-    /**
-     * Reads the picture, on a worker's thread; false when there is none to code, and nothing comes out for
-     * it. Empty for the end of the stream.
-     */
-    std::function<bool(PlanarPicture*)> read;
-    int bitDepth = 8;  ///< of the picture
+    std::optional<SourcePicture> picture;  ///< nothing for the end of the stream
+    std::function<void()> release;         ///< called on a worker's thread when `picture` is not read any more
     int64_t timeUs = 0;
 };
 
@@ -56,7 +52,7 @@ class EncodePool {
     std::vector<uint8_t> parameterSets();
 
   private:
-    enum class Progress { kWaiting, kCoding, kDone, kNothingToCode };
+    enum class Progress { kWaiting, kCoding, kDone };
     struct Entry {
         EncodeJob job;
         Progress progress = Progress::kWaiting;
@@ -66,12 +62,13 @@ class EncodePool {
     void work();
     std::shared_ptr<Entry> take();
     std::unique_ptr<HevcEngine> openEngine();
-    std::optional<Progress> code(HevcEngine* engine, Entry* entry);
+    bool code(HevcEngine* engine, Entry* entry);
     bool codeToBudget(HevcEngine* engine, const PlanarPicture& planar, std::vector<uint8_t>* coded);
-    void finish(Entry* entry, Progress progress);
+    void finish(Entry* entry);
     void fail();
 
     const CodecConfig mConfig;
+    const RgbToYuv mMatrix;
     const std::function<void()> mOnProgress;
     size_t mMaxUnclaimed;
 

@@ -18,7 +18,6 @@ using quill::host::Clock;
 using quill::host::CodedPicture;
 using quill::host::EncodeJob;
 using quill::host::EncodePool;
-using quill::host::PlanarPicture;
 using quill::host::SourcePicture;
 
 namespace {
@@ -167,13 +166,9 @@ status_t MediaCodec::Impl::submitInput(size_t index, size_t offset, size_t size,
     }
     mInputs.give(index, Owner::kCodec);
     EncodeJob job;
-    job.bitDepth = bitDepthOf(picture.layout);
+    job.picture = picture;
+    job.release = [this, index] { returnInput(index); };
     job.timeUs = timeUs;
-    job.read = [this, index, picture](PlanarPicture* planar) {
-        toPlanar(picture, quill::host::RgbToYuv({}), planar);
-        returnInput(index);
-        return true;
-    };
     mPool->submit(std::move(job));
     return OK;
 }
@@ -213,14 +208,9 @@ void MediaCodec::Impl::submitFrame(const sp<GraphicBuffer>& frame, int64_t timeU
         return;
     }
     EncodeJob job;
-    job.bitDepth = bitDepthOf(picture->layout);
+    job.picture = picture;
+    job.release = [surface, frame] { surface->release(frame); };
     job.timeUs = timeUs;
-    job.read = [surface, frame, picture = *picture,
-                matrix = quill::host::RgbToYuv(mConfig.aspects)](PlanarPicture* planar) {
-        toPlanar(picture, matrix, planar);
-        surface->release(frame);
-        return true;
-    };
     mPool->submit(std::move(job));
 }
 
