@@ -8,6 +8,7 @@
 #include <log/log.h>
 #include <pthread.h>
 
+#include "codec/FreeEngine.h"
 #include "codec/Preset.h"
 #include "codec/RateControl.h"
 
@@ -118,7 +119,7 @@ std::unique_ptr<HevcEngine> EncodePool::openEngine() {
         const std::lock_guard<std::mutex> guard(mLock);
         settings.bitDepth = *mBitDepth;
     }
-    std::unique_ptr<HevcEngine> engine = HevcEngine::open(settings);
+    std::unique_ptr<HevcEngine> engine = isEncodingFree() ? openFreeEngine(settings) : HevcEngine::open(settings);
     if (engine == nullptr) return nullptr;
     const std::lock_guard<std::mutex> guard(mLock);
     mParameterSets = engine->parameterSets();
@@ -128,7 +129,7 @@ std::unique_ptr<HevcEngine> EncodePool::openEngine() {
 /** False when the encoder failed. */
 bool EncodePool::code(HevcEngine* engine, Entry* entry) {
     thread_local PlanarPicture planar;
-    toPlanar(*entry->job.picture, mMatrix, &planar);
+    if (engine->readsPictures()) toPlanar(*entry->job.picture, mMatrix, &planar);
     entry->job.release();
     mOnProgress();  // whoever waits for the input's memory can have it back
     std::vector<uint8_t>* const coded = &entry->result.bytes;

@@ -35,6 +35,8 @@ class HevcEngine {
 
     /** VPS, SPS and PPS, each behind a four-byte start code. */
     virtual const std::vector<uint8_t>& parameterSets() const = 0;
+    /** False when `encode` never looks at its picture, which then need not hold one. */
+    virtual bool readsPictures() const { return true; }
     /**
      * Replaces `*coded` by the slices of `picture`, behind four-byte start codes, without parameter sets or
      * SEI. `qp`: whole quantiser in place of the settings' own. False, with an error in the log, on failure.

@@ -68,6 +68,25 @@ INSTANTIATE_TEST_SUITE_P(, Stills, testing::Combine(testing::ValuesIn(kFormats),
                              return std::string(std::get<0>(info.param).name) + std::get<1>(info.param).name;
                          });
 
+TEST(WriterStill, FreeCodecGivesGreyStillsOfEveryFormatAndShape) {
+    setenv("QUILL_DEVICE", "free-codec", 1);
+    for (const auto& format : kFormats) {
+        for (const Geometry& geometry : {Geometry{301, 199, 320, 200}, Geometry{1000, 700, 1024, 704}}) {
+            Still still(makeFrame(format.format, geometry));
+            ASSERT_EQ(0, still.write()) << format.name;
+            const ReadStill read = readStill(still.file.path());
+            ASSERT_EQ("", read.error) << format.name;
+            EXPECT_EQ(geometry.width, read.shownWidth);
+            const uint16_t grey = format.format == FORMAT_P010 ? 514 : 128;
+            for (const auto* plane : {&read.planes.y, &read.planes.u, &read.planes.v}) {
+                const auto [darkest, lightest] = std::minmax_element(plane->begin(), plane->end());
+                EXPECT_EQ(grey, *darkest) << format.name;
+                EXPECT_EQ(grey, *lightest) << format.name;
+            }
+        }
+    }
+}
+
 TEST(WriterStill, VendorSurfacesCarryTenBits) {
     const struct {
         const char* component;
