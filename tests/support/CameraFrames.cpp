@@ -25,15 +25,15 @@ uint16_t quantised(double value, int depth) {
     return static_cast<uint16_t>(std::clamp(std::lround(value * largest), 0l, std::lround(largest)));
 }
 
-Planes showScene(int width, int height, int depth) {
+Planes showScene(int width, int height, int depth, int pan) {
     Planes shown{width, height, depth, {}, {}, {}};
     for (int y = 0; y < height; ++y) {
-        for (int x = 0; x < width; ++x) shown.y.push_back(quantised(lumaAt(x, y), depth));
+        for (int x = 0; x < width; ++x) shown.y.push_back(quantised(lumaAt(x + pan, y), depth));
     }
     for (int y = 0; y < shown.chromaHeight(); ++y) {
         for (int x = 0; x < shown.chromaWidth(); ++x) {
-            shown.u.push_back(quantised(uAt(2 * x + 0.5, 2 * y + 0.5), depth));
-            shown.v.push_back(quantised(vAt(2 * x + 0.5, 2 * y + 0.5), depth));
+            shown.u.push_back(quantised(uAt(2 * x + pan + 0.5, 2 * y + 0.5), depth));
+            shown.v.push_back(quantised(vAt(2 * x + pan + 0.5, 2 * y + 0.5), depth));
         }
     }
     return shown;
@@ -88,10 +88,10 @@ void layOutYuv(CameraFrame& frame) {
     }
 }
 
-void layOutRgba(CameraFrame& frame) {
+void layOutRgba(CameraFrame& frame, int pan) {
     for (int y = 0; y < frame.geometry.height; ++y) {
         for (int x = 0; x < frame.geometry.width; ++x) {
-            putRgba(&frame.bytes.at(4 * (static_cast<size_t>(y) * frame.geometry.stride + x)), x, y);
+            putRgba(&frame.bytes.at(4 * (static_cast<size_t>(y) * frame.geometry.stride + x)), x + pan, y);
         }
     }
 }
@@ -122,10 +122,10 @@ size_t frameBytes(InputColorFormat format, const Geometry& geometry) {
     return (luma + luma / 2) * (format == FORMAT_P010 ? 2 : 1);
 }
 
-CameraFrame makeFrame(InputColorFormat format, const Geometry& geometry) {
+CameraFrame makeFrame(InputColorFormat format, const Geometry& geometry, int pan) {
     CameraFrame frame{geometry, format, std::vector<uint8_t>(frameBytes(format, geometry), kPadding),
-                      showScene(geometry.width, geometry.height, format == FORMAT_P010 ? 10 : 8)};
-    format == FORMAT_RGBA8888 ? layOutRgba(frame) : layOutYuv(frame);
+                      showScene(geometry.width, geometry.height, format == FORMAT_P010 ? 10 : 8, pan)};
+    format == FORMAT_RGBA8888 ? layOutRgba(frame, pan) : layOutYuv(frame);
     return frame;
 }
 

@@ -38,8 +38,11 @@ struct CameraFrame {
 /** Bytes of a frame of `geometry` in `format`, padding included. */
 size_t frameBytes(android::InputColorFormat format, const Geometry& geometry);
 
-/** A generated scene: smooth gradients in luma and chroma, and fine luma detail that a swap or a shift would spoil. */
-CameraFrame makeFrame(android::InputColorFormat format, const Geometry& geometry);
+/**
+ * A generated scene: smooth gradients in luma and chroma, and fine luma detail that a swap or a shift would spoil.
+ * `pan`: pixels by which the camera is turned to the right.
+ */
+CameraFrame makeFrame(android::InputColorFormat format, const Geometry& geometry, int pan = 0);
 
 struct Psnr {
     double luma;

@@ -92,12 +92,6 @@ void FakeVm::fillTable() {
         *vm = current->vm();
         return JNI_OK;
     };
-    mTable.NewGlobalRef = [](JNIEnv*, jobject object) { return object; };
-    mTable.DeleteGlobalRef = [](JNIEnv*, jobject) {};
-    mTable.GetJavaVM = [](JNIEnv*, JavaVM** vm) -> jint {
-        *vm = current->vm();
-        return JNI_OK;
-    };
     mTable.ExceptionCheck = [](JNIEnv*) -> jboolean { return JNI_FALSE; };
     mTable.ExceptionOccurred = [](JNIEnv*) -> jthrowable { return nullptr; };
     mTable.ExceptionClear = [](JNIEnv*) {};
