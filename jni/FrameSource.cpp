@@ -2,6 +2,8 @@
 
 #include <string.h>
 
+#include <algorithm>
+
 #include <android/bitmap.h>
 
 namespace android {
@@ -13,9 +15,17 @@ PinnedFrame::~PinnedFrame() {
 uint8_t* PinnedFrame::pixels(const FrameBytes& expected) {
     if (mArray.failed() || mArray.length() < expected.least) return nullptr;
     if (mArray.length() >= expected.whole) return mArray.data();
-    mCompleted.assign(mArray.data(), mArray.data() + arrayBytes());
-    mCompleted.resize(static_cast<size_t>(expected.whole));
+    complete(static_cast<size_t>(expected.whole));
     return mCompleted.data();
+}
+
+// With the samples a pair of P010 or two pairs of bytes before: of the last pixel, one of two chroma samples may lack,
+// and any fixed value would colour it.
+void PinnedFrame::complete(size_t wholeBytes) {
+    constexpr size_t kBack = 4;
+    mCompleted.resize(wholeBytes);
+    memcpy(mCompleted.data(), mArray.data(), arrayBytes());
+    for (size_t i = std::max(arrayBytes(), kBack); i < wholeBytes; ++i) mCompleted[i] = mCompleted[i - kBack];
 }
 
 void PinnedFrame::outliveCall() {

@@ -37,6 +37,7 @@ class PinnedFrame : public FrameSource {
     void outliveCall() override;
 
   private:
+    void complete(size_t wholeBytes);
     size_t arrayBytes() const { return static_cast<size_t>(mArray.length()); }
 
     PinnedBytes mArray;
