@@ -17,4 +17,9 @@ final class Frames {
         for (int i = 0; i < frame.length; ++i) frame[i] = (byte) (i * 37 + i / 100);
         return frame;
     }
+
+    /** The shortest EXIF block that is given a thumbnail: a TIFF header and an empty directory. */
+    static byte[] exif() {
+        return new byte[] {'E', 'x', 'i', 'f', 0, 0, 'I', 'I', 42, 0, 8, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+    }
 }

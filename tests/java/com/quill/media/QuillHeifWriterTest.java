@@ -15,6 +15,8 @@ import org.junit.jupiter.api.BeforeEach;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.api.function.Executable;
 import org.junit.jupiter.api.io.TempDir;
+import org.junit.jupiter.params.ParameterizedTest;
+import org.junit.jupiter.params.provider.EnumSource;
 
 /** What the Java class refuses, and what a refused call leaves possible. */
 class QuillHeifWriterTest {
@@ -25,6 +27,7 @@ class QuillHeifWriterTest {
     private final byte[] mFrame = Frames.frame(mLayout);
     private QuillHeifWriter mWriter;
     private RandomAccessFile mFile;
+    private RandomAccessFile mVideo;
     private FileDescriptor mFd;
 
     @BeforeEach
@@ -32,12 +35,14 @@ class QuillHeifWriterTest {
         mWriter = new QuillHeifWriter(mLayout, 90, 0);
         mFile = new RandomAccessFile(mFolder.resolve("still.heic").toFile(), "rw");
         mFd = mFile.getFD();
+        mVideo = new RandomAccessFile(mFolder.resolve("clip").toFile(), "rw");
     }
 
     @AfterEach
     void tearDown() throws IOException {
         mWriter.close();
         mFile.close();
+        mVideo.close();
     }
 
     private static void assertIllegal(String part, Executable call) {
@@ -57,29 +62,54 @@ class QuillHeifWriterTest {
         assertNull("layout", () -> new QuillHeifWriter(null, 90, 0));
     }
 
-    @Test
-    void writePhoto_RefusedArgumentsDoNotUseTheWriterUp() throws IOException {
-        assertNull("frame", () -> mWriter.writePhoto(null, null, mFd));
-        assertNull("fd", () -> mWriter.writePhoto(mFrame, null, null));
-        assertIllegal("fd", () -> mWriter.writePhoto(mFrame, null, new FileDescriptor()));
-        assertIllegal("7 bytes", () -> mWriter.writePhoto(new byte[7], null, mFd));
-        mWriter.writePhoto(mFrame, null, mFd);
-        assertTrue(mFile.length() > 0);
+    /** The three ways to write, each with what it takes for a frame. */
+    private enum Call {
+        PHOTO, LIVE_PHOTO, LIVE_BITMAP;
+
+        void run(QuillHeifWriter writer, boolean withFrame, FileDescriptor fd, QuillHeifWriter.Options options)
+                throws IOException {
+            FrameLayout layout = Frames.layout(ColorFormat.RGBA8888);
+            byte[] frame = withFrame ? Frames.frame(layout) : null;
+            Bitmap bitmap = Bitmap.createBitmap(layout.width(), layout.height(), Bitmap.Config.ARGB_8888);
+            if (this == PHOTO) writer.writePhoto(frame, null, fd);
+            if (this == LIVE_PHOTO) writer.writeLivePhoto(frame, null, fd, options);
+            if (this == LIVE_BITMAP) writer.writeLivePhoto(withFrame ? bitmap : null, null, fd, options);
+        }
     }
 
-    @Test
-    void writePhoto_SecondFrameIsRefused() throws IOException {
-        mWriter.writePhoto(mFrame, null, mFd);
+    private QuillHeifWriter.Options options() throws IOException {
+        return new QuillHeifWriter.Options().setVideoFd(mVideo.getFD());
+    }
+
+    @ParameterizedTest
+    @EnumSource
+    void write_RefusedArgumentsDoNotUseTheWriterUpButAFrameDoes(Call call) throws IOException {
+        assertNull(call == Call.LIVE_BITMAP ? "bitmap" : "frame", () -> call.run(mWriter, false, mFd, options()));
+        assertNull("fd", () -> call.run(mWriter, true, null, options()));
+        assertIllegal("fd", () -> call.run(mWriter, true, new FileDescriptor(), options()));
+        if (call != Call.PHOTO) assertNull("options", () -> call.run(mWriter, true, mFd, null));
+        assertEquals(0, mFile.length());
+        call.run(mWriter, true, mFd, options());
         long length = mFile.length();
-        assertThrows(IllegalStateException.class, () -> mWriter.writePhoto(mFrame, null, mFd));
+        assertTrue(length > 0);
+        for (Call second : Call.values()) {
+            assertThrows(IllegalStateException.class, () -> second.run(mWriter, true, mFd, options()));
+        }
         assertEquals(length, mFile.length());
     }
 
+    @ParameterizedTest
+    @EnumSource
+    void close_TwiceIsHarmlessAndUseAfterwardsIsRefused(Call call) throws IOException {
+        mWriter.close();
+        mWriter.close();
+        assertThrows(IllegalStateException.class, () -> call.run(mWriter, true, mFd, options()));
+        assertEquals(0, mFile.length());
+    }
+
     @Test
-    void close_TwiceIsHarmlessAndUseAfterwardsIsRefused() {
-        mWriter.close();
-        mWriter.close();
-        assertThrows(IllegalStateException.class, () -> mWriter.writePhoto(mFrame, null, mFd));
+    void writePhoto_ArrayThatIsTooShortIsRefused() {
+        assertIllegal("7 bytes", () -> mWriter.writePhoto(new byte[7], null, mFd));
     }
 
     @Test
