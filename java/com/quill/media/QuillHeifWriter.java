@@ -2,8 +2,10 @@ package com.quill.media;
 
 import android.graphics.Bitmap;
 import java.io.FileDescriptor;
+import java.io.FileOutputStream;
 import java.io.IOException;
 import java.util.Objects;
+import java.util.function.LongSupplier;
 
 /**
  * Writes one camera frame as a HEIF still, or as a live photo, to an open file.
@@ -96,18 +98,19 @@ public final class QuillHeifWriter implements AutoCloseable {
     public synchronized void writePhoto(byte[] frame, byte[] exif, FileDescriptor fd) throws IOException {
         checkFrame(frame);
         requireValid(fd, "fd");
-        takeFrame();
-        checkResult(nativeProcessHeicPhotoFrame(mHandle, frame, exif, fd));
+        write(fd, () -> nativeProcessHeicPhotoFrame(mHandle, frame, exif, fd));
     }
 
-    /** Writes a live photo: the still as {@link #writePhoto} does, followed by what the options hold. */
+    /**
+     * Writes a live photo: the still as {@link #writePhoto} does, followed by what the options hold. That it found room
+     * behind the still is not checked: the file then ends before the video's box does.
+     */
     public synchronized void writeLivePhoto(byte[] frame, byte[] exif, FileDescriptor fd, Options options)
             throws IOException {
         checkFrame(frame);
         requireValid(fd, "fd");
         Objects.requireNonNull(options, "options").check();
-        takeFrame();
-        checkResult(nativeCreateLivePhoto(mHandle, frame, exif, fd, options));
+        write(fd, () -> nativeCreateLivePhoto(mHandle, frame, exif, fd, options));
     }
 
     /**
@@ -119,8 +122,7 @@ public final class QuillHeifWriter implements AutoCloseable {
         checkBitmap(bitmap);
         requireValid(fd, "fd");
         Objects.requireNonNull(options, "options").check();
-        takeFrame();
-        checkResult(nativeCreateLivePhotoByBmp(mHandle, bitmap, exif, fd, options));
+        write(fd, () -> nativeCreateLivePhotoByBmp(mHandle, bitmap, exif, fd, options));
     }
 
     /** Releases the encoder and the writer's thread. A second call does nothing. */
@@ -172,11 +174,22 @@ public final class QuillHeifWriter implements AutoCloseable {
         mFrameTaken = true;
     }
 
-    private void checkResult(long result) throws IOException {
-        if (result != 0) {
+    private void write(FileDescriptor fd, LongSupplier nativeMethod) throws IOException {
+        long start = position(fd);
+        takeFrame();
+        if (nativeMethod.getAsLong() != 0) {
             throw new IOException("No HEIF file was written for a frame of " + mLayout + ": the encoder does not take "
                     + "it, the file is not writable and seekable, or time ran out; the log says which");
         }
+        // The library does not report how the writing of a coded still went. One without room for it is taken back.
+        if (position(fd) == start) {
+            throw new IOException("Nothing of a frame of " + mLayout + " could be written: there is no room for it");
+        }
+    }
+
+    /** Where the next byte goes. The stream is not closed, for the descriptor would be with it. */
+    private static long position(FileDescriptor fd) throws IOException {
+        return new FileOutputStream(fd).getChannel().position();
     }
 
     private static void requireValid(FileDescriptor fd, String name) {

@@ -6,13 +6,16 @@ import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import android.graphics.Bitmap;
 import java.io.FileDescriptor;
+import java.io.FileOutputStream;
 import java.io.IOException;
 import java.io.RandomAccessFile;
 import java.nio.file.Files;
 import java.nio.file.Path;
+import java.util.concurrent.TimeUnit;
 import org.junit.jupiter.api.AfterEach;
 import org.junit.jupiter.api.BeforeEach;
 import org.junit.jupiter.api.Test;
+import org.junit.jupiter.api.Timeout;
 import org.junit.jupiter.api.function.Executable;
 import org.junit.jupiter.api.io.TempDir;
 import org.junit.jupiter.params.ParameterizedTest;
@@ -110,6 +113,24 @@ class QuillHeifWriterTest {
     @Test
     void writePhoto_ArrayThatIsTooShortIsRefused() {
         assertIllegal("7 bytes", () -> mWriter.writePhoto(new byte[7], null, mFd));
+    }
+
+    @Test
+    @Timeout(value = 8, unit = TimeUnit.SECONDS)  // below the library's own ten seconds
+    void write_NoRoomAndNoSeekableFileAreIoExceptions() throws Exception {
+        try (RandomAccessFile full = new RandomAccessFile("/dev/full", "rw")) {
+            String message = assertThrows(IOException.class, () -> mWriter.writePhoto(mFrame, null, full.getFD()))
+                    .getMessage();
+            assertTrue(message.contains("no room"), message);
+        }
+        Process reader = new ProcessBuilder("cat").redirectOutput(ProcessBuilder.Redirect.DISCARD).start();
+        try (FileOutputStream pipe = new FileOutputStream("/proc/" + reader.pid() + "/fd/0");
+                QuillHeifWriter writer = new QuillHeifWriter(mLayout, 90, 0)) {
+            assertThrows(IOException.class, () -> writer.writePhoto(mFrame, null, pipe.getFD()));
+            writer.writePhoto(mFrame, null, mFd);  // none of it was used up
+        } finally {
+            reader.destroy();
+        }
     }
 
     @Test
