@@ -13,7 +13,6 @@
 #include "HeifWriterJni.h"
 #include "support/CameraFrames.h"
 #include "support/FakeVm.h"
-#include "support/HeifReader.h"
 #include "support/LogCapture.h"
 #include "support/TemporaryFiles.h"
 #include "support/TestDevice.h"
@@ -168,19 +167,16 @@ FakeVm::Object descriptor(int fd) {
     return object;
 }
 
-TEST(JniMethods, StillGoesFromArrayToFile) {
+TEST(JniMethods, StillLetsGoOfItsArrayItsWriterAndItsDescriptor) {
     const LogCapture log;
     JavaWriter writer;
-    const std::vector<int8_t> before = writer.frame.bytes;
     EXPECT_EQ(0, writer.create());
     const TemporaryFile file;
     FakeVm::Object fd = descriptor(file.fd());
     EXPECT_EQ(0, writer.process(&fd));
     writer.destroy();
-    EXPECT_EQ(64, readStill(file.path()).planes.width);
     EXPECT_EQ(0, writer.frame.pins);
     EXPECT_EQ(0, writer.frame.releaseMode) << "the chroma swap is copied back";
-    EXPECT_EQ(before.at(64 * 64), writer.frame.bytes.at(64 * 64 + 1)) << "in NV12 order";
     EXPECT_THAT(log.of(kTag), ElementsAre("I/quality:95", "D/native_setup: fd " + std::to_string(file.fd())));
     EXPECT_TRUE(log.has("D/QuillHeifWriter: ~QuillHeifWriter()")) << "the Java object's reference was the last";
     EXPECT_THAT(writer.java.thrown, testing::IsEmpty());
