@@ -1,7 +1,7 @@
 // What is measured in a process of its own: a device is chosen once a process, and so is its peak of memory. Prints
 // figures on one line.
 //
-//   still DEVICE FORMAT WIDTH HEIGHT PAIRS polling|encoder
+//   still DEVICE FORMAT WIDTH HEIGHT PAIRS none|polling|encoder
 //       seconds, seconds of the bound, ratio, peak bytes beside the frame
 //   command PROGRAM [ARGUMENT]...
 //       seconds, peak bytes|encoder    seconds, seconds of the bound, ratio, peak bytes beside the frame
@@ -9,8 +9,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
-#include <memory>
+#include <functional>
+#include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "EncoderAlone.h"
@@ -29,12 +31,26 @@ constexpr char kPhotograph[] = "phone-3264x2448.jpg";
 /** Enough to load all code that a still runs through, a grid's included. */
 constexpr Geometry kSmall{600, 600, 600, 600};
 
-/** Both sides, without a pair when only memory is asked for. */
-Figures timePairs(int pairs, const Sides& sides) {
-    if (pairs == 0) return {};
-    PairedTimes times(sides);
+PairedTimes timePairs(int pairs, Sides sides) {
+    PairedTimes times(std::move(sides));
     for (int i = 0; i < pairs; ++i) times.timePair();
-    return times.figures();
+    return times;
+}
+
+/** Polls are slept through: only the still is slowed down by what else the machine does, so its fastest counts. */
+Figures timeBesidePolling(int pairs, const std::function<void()>& still) {
+    const PairedTimes times = timePairs(pairs, {still, waitAsPolling});
+    const double bound = times.figures().bound;
+    return {times.fastest(), bound, times.fastest() / bound, ""};
+}
+
+Figures timeStills(const std::string& bound, int pairs, WholeStill& still, uint8_t* frame, const Geometry& geometry) {
+    const auto write = [&] { still.write(frame); };
+    if (bound == "none") return {};
+    if (bound == "polling") return timeBesidePolling(pairs, write);
+    if (bound != "encoder") throw std::invalid_argument("no bound is called " + bound);
+    EncoderAlone encoder(frame, geometry);
+    return timePairs(pairs, {write, [&] { encoder.encode(); }}).figures();
 }
 
 void measureStill(const std::string& formatName, const Geometry& geometry, int pairs, const std::string& bound) {
@@ -50,19 +66,13 @@ void measureStill(const std::string& formatName, const Geometry& geometry, int p
     still.write(frame.data());
     const double peak = memory.peakBytes() - static_cast<double>(frame.size());
 
-    Sides sides{[&] { still.write(frame.data()); }, waitAsPolling};
-    std::unique_ptr<EncoderAlone> encoder;
-    if (bound == "encoder") {
-        encoder = std::make_unique<EncoderAlone>(frame.data(), geometry);
-        sides.bound = [&] { encoder->encode(); };
-    }
-    const Figures figures = timePairs(pairs, sides);
+    const Figures figures = timeStills(bound, pairs, still, frame.data(), geometry);
     printf("%.9g %.9g %.9g %.0f\n", figures.measured, figures.bound, figures.ratio, peak);
 }
 
 int usage() {
     fprintf(stderr,
-            "usage: quill_bench_child still DEVICE FORMAT WIDTH HEIGHT PAIRS polling|encoder\n"
+            "usage: quill_bench_child still DEVICE FORMAT WIDTH HEIGHT PAIRS none|polling|encoder\n"
             "       quill_bench_child command PROGRAM [ARGUMENT]...\n");
     return 2;
 }

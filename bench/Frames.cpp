@@ -51,7 +51,7 @@ size_t chromaAt(InputColorFormat format, const Geometry& area, int plane, int x,
     const int64_t luma = int64_t{area.stride} * area.sliceHeight;
     if (format == FORMAT_I420) return static_cast<size_t>(luma + plane * (luma / 4) + int64_t{area.stride} / 2 * y + x);
     const int second = (plane == 1) != (format == FORMAT_NV21) ? 1 : 0;
-    return static_cast<size_t>(luma + int64_t{area.stride} * y + 2 * x + second);
+    return static_cast<size_t>(luma + int64_t{area.stride} * y + int64_t{2} * x + second);
 }
 
 void fillYuv(const Photograph& photograph, InputColorFormat format, const Geometry& area, uint8_t* frame) {

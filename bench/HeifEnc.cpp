@@ -22,6 +22,7 @@ namespace {
 using Command = std::vector<std::string>;
 
 constexpr int kHighestQuality = 100;
+constexpr char kLibraryPath[] = "-Djava.library.path=" QUILL_LIBRARY_DIR;
 
 /** What ./quill still starts once everything is installed and built. */
 Command quillStill(const std::string& photograph, const std::string& output) {
@@ -29,7 +30,7 @@ Command quillStill(const std::string& photograph, const std::string& output) {
             "QUILL_PROPERTIES=debug.quill.host.x265.preset=ultrafast",
             QUILL_JAVA,
             "-XX:MaxRAMPercentage=75",
-            "-Djava.library.path=" QUILL_LIBRARY_DIR,
+            kLibraryPath,
             "-cp",
             QUILL_CLASS_PATH,
             "com.quill.cli.Quill",

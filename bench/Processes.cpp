@@ -24,6 +24,7 @@ std::string asText(const std::vector<std::string>& command) {
 /** stdin from nowhere, stdout to `output`. */
 pid_t spawn(const std::vector<std::string>& command, int output) {
     std::vector<char*> arguments;
+    arguments.reserve(command.size() + 1);
     for (const std::string& word : command) arguments.push_back(const_cast<char*>(word.c_str()));
     arguments.push_back(nullptr);
     posix_spawn_file_actions_t files;

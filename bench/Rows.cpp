@@ -78,6 +78,8 @@ double PairedTimes::timePair() {
 
 Figures PairedTimes::figures() const { return {median(mMeasured), median(mBound), median(mRatios), ""}; }
 
+double PairedTimes::fastest() const { return *std::min_element(mMeasured.begin(), mMeasured.end()); }
+
 void addPairedRow(const char* row, int pairs, std::function<Sides()> prepare) {
     benchmark::RegisterBenchmark(
             row, guarded([prepare = std::move(prepare)](benchmark::State& state) { runPairs(state, prepare); }))

@@ -62,7 +62,7 @@ Figures growth(const Effort& effort, Cost cost) {
 
 void addMemory(const char* row, const char* format, const Effort& effort) {
     addRow(row, [=, frame = effort.frame] {
-        const double peak = measureStill("workstation", format, frame.width, frame.height, 0, "polling").peakBytes;
+        const double peak = measureStill("workstation", format, frame.width, frame.height, 0, "none").peakBytes;
         return Figures{peak, kSparePeak, peak / kSparePeak, ""};
     });
 }
