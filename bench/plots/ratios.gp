@@ -1,6 +1,8 @@
 # Each row's share of its budget, as bars; rows that use more than all of it are cut at the right edge.
-load plots."/style.gp"
-file = results."/ratios.tsv"
+# Arguments: the folder of this file, the folder of the figures, the picture.
+load ARG1."/style.gp"
+file = ARG2."/ratios.tsv"
+set output ARG3
 stats file using 2 skip 1 nooutput
 rows = STATS_records
 widest = 1.5
@@ -21,7 +23,7 @@ unset key
 
 cut(ratio, budget) = ratio/budget < widest ? ratio/budget : widest
 colour(ratio, budget) = ratio <= budget ? 0x2f7f79 : 0xc8553d
-text(ratio, budget) = sprintf("%.3g of %.3g", ratio, budget)
+text(ratio, budget) = sprintf("%.2f of %.3g", ratio, budget)
 
 plot file using (cut($2,$3)/2):0:(cut($2,$3)/2):(0.34):(colour($2,$3)):ytic(1) skip 1 with boxxyerror lc rgb variable, \
      file using (widest):0:(text($2,$3)) skip 1 with labels left offset 1,0 textcolor rgb ink

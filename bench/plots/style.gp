@@ -1,4 +1,4 @@
-# Shared by the plots. Called with `results`, the folder of the figures, and `output`, the picture.
+# Shared by the plots.
 set datafile separator "\t"
 set encoding utf8
 ink = "#24292f"
@@ -9,4 +9,3 @@ limit = "#8c6d1f"
 set border 3 lc rgb faint lw 1
 set tics nomirror scale 0 textcolor rgb ink
 set grid lc rgb faint lw 0.5 lt 1
-set output output
