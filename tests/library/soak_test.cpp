@@ -73,6 +73,7 @@ int64_t writeStill(const CameraFrame& shot) {
 
 /** Stills of all formats, whole ones and grids of two tiles by turns; the heap may grow by `growth` bytes. */
 void soak(const char* name, int count, size_t growth) {
+    mallopt(M_ARENA_MAX, 1);  // each further one counts as memory in use, and which thread makes one is chance
     std::vector<CameraFrame> shots;
     for (const InputColorFormat format : kFormats) {
         shots.push_back(makeFrame(format, kWhole));
