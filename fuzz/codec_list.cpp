@@ -27,6 +27,12 @@ constexpr const char* kNumbers[] = {"0",   "64",         "512",        "513", "4
 constexpr const char* kSeparators[] = {"x", "-", "*", ",", "-range", " "};
 constexpr const char* kModes[] = {"CQ", "VBR", "CBR", ",", "CQX"};
 
+/** Around the sizes that something changes at, or any. */
+int32_t anySide(ByteSource& script) {
+    const int32_t sides[] = {1, 64, 511, 512, 513, 4096, script.number(INT32_MIN, INT32_MAX)};
+    return script.oneOf(sides);
+}
+
 /** Text that is nearly what is expected, or any. */
 std::string anyText(ByteSource& script) {
     std::string text;
@@ -212,9 +218,8 @@ sp<IMediaCodecList> MediaCodecList::getInstance() { return new GeneratedList(*gC
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     ByteSource script(data, size);
-    const bool anySize = script.flag();
-    const IntPair asked = anySize ? IntPair(script.number(INT32_MIN, INT32_MAX), script.number(INT32_MIN, INT32_MAX))
-                                  : IntPair(script.number(0, 1100), script.number(0, 1100));
+    const int32_t width = anySide(script);
+    const IntPair asked(width, anySide(script));
     const std::vector<CodecEntry> codecs = anyCodecs(script);
     gCodecs = &codecs;
     const HeicEncoderInfoManager manager;

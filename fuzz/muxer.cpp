@@ -10,6 +10,7 @@
 #include <media/stagefright/foundation/AMessage.h>
 
 #include "ByteSource.h"
+#include "muxer/HevcConfig.h"
 
 namespace {
 
@@ -180,9 +181,17 @@ class Session {
     bool mStarted = false, mStopped = false, mHasFile = false;
 };
 
+/** The input itself, to the byte: what else is read lies in buffers with room to spare, where no overrun shows. */
+void checkReaders(const uint8_t* data, size_t size) {
+    quill::host::parseHevcConfig({data, size});
+    quill::host::BitReader bits({data, size});
+    while (bits.ok()) bits.ue();
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    checkReaders(data, size);
     ByteSource script(data, size);
     Session session(script, outputFile());
     while (!script.isSpent()) session.step();
