@@ -2,8 +2,8 @@
 
 #include <string.h>
 
+#include <charconv>
 #include <regex>
-#include <string>
 
 #include <log/log.h>
 #include <media/MediaCodecInfo.h>
@@ -27,11 +27,32 @@ bool takesOneTile(const IntPair& minSize, const IntPair& maxSize) {
            minSize.second <= kTileSide;
 }
 
-/** Matches the whole of `text` against a pattern of two captures and reads both as base-10 ints. */
+bool readInt(const std::csub_match& digits, int32_t* number) {
+    return std::from_chars(digits.first, digits.second, *number).ec == std::errc{};
+}
+
+/** Two captures as base-10 ints; false, and nothing stored, for a number that no int holds. */
+bool readIntPair(const std::csub_match& first, const std::csub_match& second, IntPair* pair) {
+    IntPair read;
+    if (!readInt(first, &read.first) || !readInt(second, &read.second)) return false;
+    *pair = read;
+    return true;
+}
+
+/** Matches the whole of `text` against a pattern of two captures and reads both. */
 bool matchIntPair(const char* text, const char* pattern, IntPair* pair) {
     std::cmatch match;
-    if (!std::regex_match(text, match, std::regex(pattern)) || match.size() != 3) return false;
-    *pair = {std::stoi(match[1]), std::stoi(match[2])};
+    return std::regex_match(text, match, std::regex(pattern)) && match.size() == 3 &&
+           readIntPair(match[1], match[2], pair);
+}
+
+/** False, and nothing stored, for a text that is no size range or has a number in it that no int holds. */
+bool parseSizeRange(const char* text, IntPair* minSize, IntPair* maxSize) {
+    std::cmatch match;
+    if (!std::regex_match(text, match, std::regex(kSizeRangePattern)) || match.size() != 5) return false;
+    IntPair smallest;
+    if (!readIntPair(match[1], match[2], &smallest) || !readIntPair(match[3], match[4], maxSize)) return false;
+    *minSize = smallest;
     return true;
 }
 
@@ -126,16 +147,11 @@ status_t HeicEncoderInfoManager::getCodecSizeRange(const char* codecName, sp<AMe
         ALOGE("%s: Failed to query size range for codec %s", __FUNCTION__, codecName);
         return BAD_VALUE;
     }
-    std::cmatch match;
     // A range that does not parse is no error: the caller's sizes stay as they were, and those decide.
-    if (std::regex_match(sizeRange.c_str(), match, std::regex(kSizeRangePattern))) {
-        if (match.size() != 5) return BAD_VALUE;
-        *minSize = {std::stoi(match[1]), std::stoi(match[2])};
-        *maxSize = {std::stoi(match[3]), std::stoi(match[4])};
-        if (minSize->first > maxSize->first || minSize->second > maxSize->second) {
-            ALOGE("%s: Invalid %s code size range: %s", __FUNCTION__, codecName, sizeRange.c_str());
-            return BAD_VALUE;
-        }
+    if (parseSizeRange(sizeRange.c_str(), minSize, maxSize) &&
+        (minSize->first > maxSize->first || minSize->second > maxSize->second)) {
+        ALOGE("%s: Invalid %s code size range: %s", __FUNCTION__, codecName, sizeRange.c_str());
+        return BAD_VALUE;
     }
     return getFrameRateMaps(details, frameRates);
 }

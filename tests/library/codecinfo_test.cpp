@@ -82,6 +82,10 @@ TEST(HeicEncoderInfo, SizeDecidesAboutGrid) {
     }
 }
 
+std::string measuredRate(const std::string& size, const std::string& range) {
+    return "<Limit name=\"measured-frame-rate-" + size + "\" range=\"" + range + "\"/>";
+}
+
 TEST(HeicEncoderInfo, EncoderMustSuit) {
     const Codec suitable{"c2.test.second"};
     struct Case {
@@ -98,6 +102,10 @@ TEST(HeicEncoderInfo, EncoderMustSuit) {
             {"no tile as wide", {kAdopted, "64x64-511x4096", "CQ"}, false},
             {"no tile as high", {kAdopted, "64x64-4096x511", "CQ"}, false},
             {"range that does not parse", {kAdopted, "128x96", "CQ"}, false},
+            {"range beyond an int", {kAdopted, "64x64-4096x99999999999", "CQ"}, false},
+            {"rates of a size beyond an int",
+             {kAdopted, "64x64-4096x4096", "CQ", "video/hevc", true, measuredRate("9999999999x1", "30-60")},
+             true},
             {"CQ first", {kAdopted, "64x64-4096x4096", "CQ,VBR"}, true},
             {"CQ in the middle", {kAdopted, "64x64-4096x4096", "VBR,CQ,CBR"}, true},
             {"CQ alone", {kAdopted, "64x64-4096x4096", "CQ"}, true},
@@ -121,14 +129,17 @@ TEST(HeicEncoderInfo, HeicEncoderNeedsHevcEncoder) {
                 testing::ElementsAre("E/initialize: Device must support HEVC codec if HEIC codec is available!"));
     EXPECT_THAT(linesOn(""), testing::IsEmpty());
     EXPECT_EQ("no", answerOn("", {512, 512}));
-    const std::string unbounded = xml(Codec{}) + xml(heic("128x96"));
-    EXPECT_EQ(std::string("grid ") + kAdopted, answerOn(unbounded, {1, 1}));
-    EXPECT_EQ(std::string("grid ") + kAdopted, answerOn(unbounded, {512, 512}));
+    for (const char* const unreadable : {"128x96", "96x96-1000x2147483648"}) {
+        const std::string unbounded = xml(Codec{}) + xml(heic(unreadable));
+        EXPECT_EQ(std::string("grid ") + kAdopted, answerOn(unbounded, {1, 1}));
+        EXPECT_EQ(std::string("grid ") + kAdopted, answerOn(unbounded, {512, 512}));
+    }
 }
 
 TEST(HeicEncoderInfo, UnreadableCodecsEndTheSearch) {
     const std::string good = xml(Codec{});
-    const std::string rate = "<Limit name=\"measured-frame-rate-1920x1080\" range=\"30\"/>";
+    const std::string rate = measuredRate("1920x1080", "30");
+    const std::string fast = measuredRate("1920x1080", "30-99999999999");
     const std::string both = good + xml(heic("64x64-4096x4096"));
     const std::string hevc = "E/getHevcCodecDetails: [c2.test.hevc.encoder] ",
                       none = "E/getCodecDetails: Failed to get ";
@@ -147,6 +158,9 @@ TEST(HeicEncoderInfo, UnreadableCodecsEndTheSearch) {
              {"E/getCodecSizeRange: Invalid video/hevc code size range: 4096x64-64x4096",
               "E/getHevcCodecDetails: [c2.bad] Failed to get size range: Invalid argument (-22)"}},
             {xml({"c2.bad", "64x64-4096x4096", "CQ", "video/hevc", true, rate}) + good,
+             "",
+             {"E/getHevcCodecDetails: [c2.bad] Failed to get size range: Invalid argument (-22)"}},
+            {xml({"c2.bad", "64x64-4096x4096", "CQ", "video/hevc", true, fast}) + good,
              "",
              {"E/getHevcCodecDetails: [c2.bad] Failed to get size range: Invalid argument (-22)"}},
             {good + xml(heic("")),
