@@ -4,6 +4,8 @@
 #include <string.h>
 #include <strings.h>
 
+#include <algorithm>
+
 #include <cutils/properties.h>
 #include <log/log.h>
 #include <media/stagefright/MediaCodecConstants.h>
@@ -173,10 +175,12 @@ void QuillHeifEncoder::setRateParameters(const sp<AMessage>& format) const {
 }
 
 // Raw bits of the frame at 12 bits a pixel, times a target compression of 0.25 x 0.3346, scaled by the quality. The
-// order of the factors is fixed: another order rounds to another number of bits.
+// order of the factors is fixed: another order rounds to another number of bits. A quality that is none may lead out of
+// an int.
 int32_t QuillHeifEncoder::computeBitrate() const {
-    return static_cast<int32_t>(static_cast<double>(mWidth * mHeight) * 1.5 * 8.0 * 0.25 * 0.3346 *
-                                static_cast<double>(mQuality) / 100.0);
+    const double bitrate =
+            static_cast<double>(mWidth * mHeight) * 1.5 * 8.0 * 0.25 * 0.3346 * static_cast<double>(mQuality) / 100.0;
+    return static_cast<int32_t>(std::clamp<double>(bitrate, INT32_MIN, INT32_MAX));
 }
 
 void QuillHeifEncoder::getEncodeColorFormat() {

@@ -15,6 +15,7 @@ namespace android {
 namespace {
 
 constexpr size_t kOutputRetries = 1500;  // empty waits in one frame, about 15 s in all
+constexpr size_t kNewsWithoutTile = 1500;
 constexpr int64_t kOutputTimeoutUs = 10000;
 constexpr uint32_t kCodedPicture = MediaCodec::BUFFER_FLAG_SYNCFRAME;
 
@@ -23,9 +24,13 @@ status_t warnNoOutput(status_t err) {
     return err;
 }
 
+/** Null when there is no memory for it, or the codec's buffer has none. */
 sp<ABuffer> copyOf(const sp<MediaCodecBuffer>& coded) {
-    const sp<ABuffer> copy = new ABuffer(coded->size());
-    if (coded->size() > 0) memcpy(copy->data(), coded->data(), coded->size());
+    const size_t size = coded->size();
+    if (size > 0 && coded->data() == nullptr) return nullptr;
+    const sp<ABuffer> copy = new ABuffer(size);
+    if (copy->size() != size) return nullptr;
+    if (size > 0) memcpy(copy->data(), coded->data(), size);
     return copy;
 }
 
@@ -41,13 +46,12 @@ status_t QuillHeifEncoder::addYuvBuffer(uint8_t* frame, std::vector<sp<ABuffer>>
 }
 
 status_t QuillHeifEncoder::encodeFrame(uint8_t* frame, std::vector<sp<ABuffer>>& out) {
-    size_t retriesLeft = kOutputRetries;
-    int32_t collected = 0;
+    Draining draining{kOutputRetries, kNewsWithoutTile, 0};
     do {
-        status_t err = queueInputData(frame, retriesLeft);
-        if (err == OK) err = drainOutput(&retriesLeft, &collected, out);
+        status_t err = queueInputData(frame, draining.retriesLeft);
+        if (err == OK) err = drainOutput(&draining, out);
         if (err != OK) return err;
-    } while (collected != mNumOutputs);
+    } while (draining.collected != mNumOutputs);
     return OK;
 }
 
@@ -55,38 +59,42 @@ status_t QuillHeifEncoder::queueInputData(uint8_t* frame, size_t retriesLeft) {
     return usesSurfacePath() ? queueInputDataToSurface(frame) : queueInputDataToByteBuffer(frame, retriesLeft);
 }
 
-status_t QuillHeifEncoder::drainOutput(size_t* retriesLeft, int32_t* collected, std::vector<sp<ABuffer>>& out) {
+status_t QuillHeifEncoder::drainOutput(Draining* draining, std::vector<sp<ABuffer>>& out) {
     for (;;) {
         size_t index, offset, size;
         int64_t timeUs;
         uint32_t flags;
-        status_t err = mCodec->dequeueOutputBuffer(&index, &offset, &size, &timeUs, &flags, kOutputTimeoutUs);
+        const status_t err = mCodec->dequeueOutputBuffer(&index, &offset, &size, &timeUs, &flags, kOutputTimeoutUs);
         switch (err) {
             case OK:
-                return collectOutput(index, flags, collected, out);
+                return collectOutput(index, flags, draining, out);
             case INFO_OUTPUT_BUFFERS_CHANGED:
                 if (isVerboseLogEnabled()) ALOGD("Output buffers changed");
                 break;
             case INFO_FORMAT_CHANGED:
                 if (isVerboseLogEnabled()) ALOGD("Received format change");
-                err = mCodec->getOutputFormat(&mOutputFormat);
-                if (err != OK) return err;
+                if (const status_t got = mCodec->getOutputFormat(&mOutputFormat); got != OK) return got;
                 break;
             case WOULD_BLOCK:
                 // The budget is the frame's: output that did arrive does not refill it.
-                if (--*retriesLeft == 0) return warnNoOutput(err);
-                if (isVerboseLogEnabled()) ALOGD("Timed-out waiting for output.. retries left = %zu", *retriesLeft);
+                if (--draining->retriesLeft == 0) return warnNoOutput(err);
+                if (isVerboseLogEnabled()) {
+                    ALOGD("Timed-out waiting for output.. retries left = %zu", draining->retriesLeft);
+                }
                 return OK;
             default:
                 return warnNoOutput(err);
         }
+        // A codec that has news for ever and never a tile would keep the frame for ever.
+        if (--draining->newsLeft == 0) return warnNoOutput(err);
     }
 }
 
-status_t QuillHeifEncoder::collectOutput(size_t index, uint32_t flags, int32_t* collected,
+status_t QuillHeifEncoder::collectOutput(size_t index, uint32_t flags, Draining* draining,
                                          std::vector<sp<ABuffer>>& out) {
     sp<MediaCodecBuffer> coded;
-    const status_t err = mCodec->getOutputBuffer(index, &coded);
+    status_t err = mCodec->getOutputBuffer(index, &coded);
+    if (err == OK && coded == nullptr) err = NO_MEMORY;
     if (err != OK) {
         ALOGE("failed to get output buffer %zu", index);
         return err;
@@ -94,10 +102,19 @@ status_t QuillHeifEncoder::collectOutput(size_t index, uint32_t flags, int32_t* 
     // Exactly a picture: parameter sets travel in the format, and a picture flagged as the end of the stream is a
     // component's closing marker, not a tile.
     if (flags == kCodedPicture) {
-        out.push_back(copyOf(coded));
-        ++*collected;
+        err = keepTile(copyOf(coded), draining, out);
+    } else if (--draining->newsLeft == 0) {
+        err = warnNoOutput(WOULD_BLOCK);
     }
     mCodec->releaseOutputBuffer(index);
+    return err;
+}
+
+status_t QuillHeifEncoder::keepTile(const sp<ABuffer>& tile, Draining* draining, std::vector<sp<ABuffer>>& out) {
+    if (tile == nullptr) return NO_MEMORY;
+    out.push_back(tile);
+    ++draining->collected;
+    draining->newsLeft = kNewsWithoutTile;
     return OK;
 }
 

@@ -37,6 +37,10 @@ status_t QuillHeifEncoder::fillCodecBuffer(size_t index, uint8_t* frame, sp<Medi
         return err;
     }
     const size_t tileBytes = static_cast<size_t>(mInputBufferSize);
+    if (*buffer == nullptr) {
+        ALOGE("dstBuf is nullptr");
+        return BAD_VALUE;
+    }
     if (tileBytes > (*buffer)->capacity()) {
         ALOGE("buffer size (%zu) too large for codec input size (%zu)", tileBytes, (*buffer)->capacity());
         return BAD_VALUE;

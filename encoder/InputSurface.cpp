@@ -70,9 +70,9 @@ status_t QuillHeifEncoder::queueInputDataToSurface(uint8_t* frame) {
     if (mInputTileIndex == mNumTiles) return OK;
 
     ANativeWindowBuffer* windowBuffer = nullptr;
-    const status_t err = mNativeWindow == nullptr
-                                 ? NO_INIT
-                                 : native_window_dequeue_buffer_and_wait(mNativeWindow.get(), &windowBuffer);
+    status_t err = mNativeWindow == nullptr ? NO_INIT
+                                            : native_window_dequeue_buffer_and_wait(mNativeWindow.get(), &windowBuffer);
+    if (err == OK && windowBuffer == nullptr) err = NO_MEMORY;
     if (err != OK) {
         ALOGE("Surface::dequeueBuffer returned error %d", err);
         return -1;

@@ -107,9 +107,16 @@ class QuillHeifEncoder : public RefBase {
     bool usesSurfacePath() const;
 
     status_t encodeFrame(uint8_t* frame, std::vector<sp<ABuffer>>& out);
-    /** Waits for one coded buffer and collects it; OK too when none came and `retriesLeft` allows another try. */
-    status_t drainOutput(size_t* retriesLeft, int32_t* collected, std::vector<sp<ABuffer>>& out);
-    status_t collectOutput(size_t index, uint32_t flags, int32_t* collected, std::vector<sp<ABuffer>>& out);
+    /** How far the draining of one frame is, and how much more of the codec it puts up with. */
+    struct Draining {
+        size_t retriesLeft;  ///< waits without output, in the whole frame
+        size_t newsLeft;     ///< changes announced and buffers that are no tile, until the next tile
+        int32_t collected;   ///< tiles
+    };
+    /** Waits for one coded buffer and collects it; OK too when none came and the retries allow another try. */
+    status_t drainOutput(Draining* draining, std::vector<sp<ABuffer>>& out);
+    status_t collectOutput(size_t index, uint32_t flags, Draining* draining, std::vector<sp<ABuffer>>& out);
+    status_t keepTile(const sp<ABuffer>& tile, Draining* draining, std::vector<sp<ABuffer>>& out);
     void clearEdgeTile(void* buffer, int tileIndex, int stride) const;
     /** Lays the next tile into codec input buffer `index`, which `buffer` then holds. */
     status_t fillCodecBuffer(size_t index, uint8_t* frame, sp<MediaCodecBuffer>* buffer);

@@ -90,6 +90,7 @@ TEST(EncoderSetup, RateFollowsComponent) {
             {{named(kMtk), 4000, 3000, FORMAT_NV12, 100}, "2", "40000000", kNone, kNone, "30"},
             {{named(kMtk), 8000, 6000, FORMAT_NV12, 100}, "2", "48182400", kNone, kNone, "30"},
             {{named("c2.mtk.hevc.encoder.heif"), 8000, 6000, FORMAT_NV12, 100}, "2", "48182400", kNone, kNone, "30"},
+            {{named(kMtk), 8000, 6000, FORMAT_NV12, 1 << 30}, "2", "2147483647", kNone, kNone, "30"},
             {{named(kQti), 8000, 6000, FORMAT_NV12, 100}, "0", kNone, "100", "5760", "2147483647"},
             {{named("c2.mtk.hevc.encode"), 512, 512, FORMAT_NV12, 0}, "0", kNone, "0", "30", "2147483647"},
     };
