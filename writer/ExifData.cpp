@@ -70,8 +70,8 @@ bool QuillHeifWriter::alterExif(uint8_t* yuv, uint8_t* oldExif, uint8_t* newExif
         ALOGE("Invalid input parameters detected");
         return false;
     }
-    const std::unique_ptr<uint8_t[]> jpeg(new uint8_t[thumbnailCapacity()]);
-    const int jpegSize = creatThmb(yuv, jpeg.get());
+    const std::unique_ptr<uint8_t[]> jpeg(new (std::nothrow) uint8_t[thumbnailCapacity()]);
+    const int jpegSize = jpeg == nullptr ? -1 : creatThmb(yuv, jpeg.get());
     if (jpegSize == -1) {
         ALOGE("CreatThmb fail");
         return false;
@@ -90,7 +90,7 @@ void QuillHeifWriter::changeExif(uint8_t* yuv, uint8_t* exif, uint32_t exifSize,
     if (source == nullptr || saveYuvBuf(yuv, source.get()) == -1) return;
     // Zeroed, because the spare byte in front of the new directory is never written.
     const std::unique_ptr<uint8_t[]> newExif(
-            new uint8_t[size_t{exifSize} + thumbnailCapacity() + kThumbnailDirectorySize]());
+            new (std::nothrow) uint8_t[size_t{exifSize} + thumbnailCapacity() + kThumbnailDirectorySize]());
     uint32_t size = exifSize;
     if (!alterExif(source.get(), exif, newExif.get(), size, initPosition) || size == 0) return;
     replaceQueuedExif(newExif.get(), size);

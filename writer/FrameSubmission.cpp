@@ -17,18 +17,22 @@ namespace {
 constexpr useconds_t kPollIntervalUs = 2000;
 constexpr int kPollBudget = 5000;  // 10 s for one frame, both waits together
 
+void poll(int* budget) {
+    usleep(kPollIntervalUs);
+    --*budget;
+}
+
 /** Polls until `flag` is set or the budget is spent. */
 void waitFor(const std::atomic<bool>& flag, int* budget) {
-    while (!flag.load(std::memory_order_acquire) && *budget > 0) {
-        usleep(kPollIntervalUs);
-        --*budget;
-    }
+    while (!flag.load(std::memory_order_acquire) && *budget > 0) poll(budget);
 }
 
 }  // namespace
 
 int32_t QuillHeifWriter::processInputFrame(uint8_t* yuv, uint8_t* exif, uint32_t exifLen, int32_t fd) {
     ATRACE_NAME("processInputFrame");
+    int budget = kPollBudget;
+    if (!waitForLooper(&budget)) return -1;
     mEncodeDone.store(false, std::memory_order_release);
     mInputConsumed.store(false, std::memory_order_release);
     if (mInitStatus != OK) {
@@ -41,7 +45,6 @@ int32_t QuillHeifWriter::processInputFrame(uint8_t* yuv, uint8_t* exif, uint32_t
     mFrameInFlight.store(true, std::memory_order_release);
     (new AMessage(kWhatProcessInputFrameNotify, this))->post();
 
-    int budget = kPollBudget;
     waitFor(mInputConsumed, &budget);
     // While the looper encodes; and even when the first wait was in vain, for the looper may yet get there.
     if (needsThumbnail) changeExif(yuv, exif, exifLen, initPosition);
@@ -49,6 +52,13 @@ int32_t QuillHeifWriter::processInputFrame(uint8_t* yuv, uint8_t* exif, uint32_t
     const bool done = mEncodeDone.load(std::memory_order_acquire);
     ALOGD("Encode Finish: %d", done);
     return done ? 0 : -1;
+}
+
+// The looper reports a file as done before it takes the frame off the queue, and after a time-out it does both late:
+// the queue and the flags are the next frame's only once it has.
+bool QuillHeifWriter::waitForLooper(int* budget) const {
+    while (isFrameInFlight() && *budget > 0) poll(budget);
+    return !isFrameInFlight();
 }
 
 bool QuillHeifWriter::queueInputFrame(uint8_t* yuv, uint8_t* exif, uint32_t exifLen, int32_t fd, bool* needsThumbnail,

@@ -55,7 +55,9 @@ void QuillHeifWriter::start(int32_t width, int32_t height, int32_t stride, int32
     mEncodedData = nullptr;
     mEncodedSize = 0;
 
-    if (mInitStatus != NO_INIT) return;  // ready, or failed for good: a failed initialisation is not retried
+    // Ready, or failed for good: a failed initialisation is not retried, whichever status it failed with.
+    if (mInitTried) return;
+    mInitTried = true;
     mInitStatus = initEncoder(width, height, stride, sliceHeight, colorFormat, quality, rotation);
     if (mInitStatus == OK) mInitStatus = mEncoder->start();
 }

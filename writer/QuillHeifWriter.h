@@ -63,7 +63,8 @@ class QuillHeifWriter : public AHandler {
     /**
      * Writes one HEIF file to `fd` (open for writing; never closed here). Blocks the caller, at most 10 s. `yuv` has
      * the geometry of `start`; NV21 chroma is left in NV12 order. `exif` may be null. 0 when the file was finished,
-     * -1 otherwise; after a time-out the looper may still be using `yuv`: see `isFrameInFlight`.
+     * -1 otherwise; after a time-out the looper may still be using `yuv`: see `isFrameInFlight`. A frame before this
+     * one that the looper never gets done with is waited for in vain: -1, nothing written.
      */
     int32_t processInputFrame(uint8_t* yuv, uint8_t* exif, uint32_t exifLen, int32_t fd);
 
@@ -150,6 +151,7 @@ class QuillHeifWriter : public AHandler {
     enum ExifState : uint8_t { kExifFree, kExifBeingReplaced, kExifTaken };
 
     // Caller's thread.
+    bool waitForLooper(int* budget) const;
     bool queueInputFrame(uint8_t* yuv, uint8_t* exif, uint32_t exifLen, int32_t fd, bool* needsThumbnail,
                          uint32_t* initPosition);
     void replaceQueuedExif(const uint8_t* exif, uint32_t exifSize);
@@ -167,6 +169,7 @@ class QuillHeifWriter : public AHandler {
     void clearTopInputFrameExifData();
 
     int32_t mInitStatus = NO_INIT;
+    bool mInitTried = false;
     int32_t mWidth = 0;
     int32_t mHeight = 0;
     int32_t mStride = 0;

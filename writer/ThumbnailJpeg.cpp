@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <iterator>
 #include <memory>
+#include <new>
 
 #include <jpeglib.h>
 
@@ -115,7 +116,9 @@ int compressThumbnail(const uint8_t* nv12, const ThumbnailSize& size, uint8_t* o
     const int32_t samples = size.lumaSamples();
     // A chroma row more than there is: an odd number of rows would end in half of one.
     const size_t spareRow = 2 * static_cast<size_t>(size.width);
-    const std::unique_ptr<uint8_t[]> planar(new uint8_t[static_cast<size_t>(size.yuvBytes()) + spareRow]());
+    const std::unique_ptr<uint8_t[]> planar(new (std::nothrow)
+                                                    uint8_t[static_cast<size_t>(size.yuvBytes()) + spareRow]());
+    if (planar == nullptr) return -1;
     const Planes planes{planar.get(), planar.get() + samples, planar.get() + samples + samples / 4};
     splitNv12(nv12, samples, planes.y, planes.u, planes.v);
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <new>
 
 #include <media/stagefright/MediaMuxer.h>
 
@@ -35,7 +36,8 @@ size_t QuillHeifWriter::thumbnailCapacity() const {
 int QuillHeifWriter::creatThmb(uint8_t* src, uint8_t* dst) {
     const size_t bytes = thumbnailCapacity();
     if (bytes == 0) return -1;
-    const std::unique_ptr<uint8_t[]> thumbnail(new uint8_t[bytes]());
+    const std::unique_ptr<uint8_t[]> thumbnail(new (std::nothrow) uint8_t[bytes]());
+    if (thumbnail == nullptr) return -1;
     subsamplingYuv(src, thumbnail.get());
     return yuvToJpeg(thumbnail.get(), dst);
 }
