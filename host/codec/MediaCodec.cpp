@@ -36,6 +36,9 @@ ssize_t findByName(const DeviceCodecs& device, const AString& name) {
     return NAME_NOT_FOUND;
 }
 
+bool isStatus(const std::optional<Fault>& fault) { return fault && fault->kind == Fault::Kind::kStatus; }
+bool isNothing(const std::optional<Fault>& fault) { return fault && fault->kind == Fault::Kind::kNothing; }
+
 /** What a faulty device hands out in place of `buffer`. */
 sp<MediaCodecBuffer> spoilt(const sp<MediaCodecBuffer>& buffer, const Fault& fault) {
     sp<ABuffer> memory;
@@ -49,7 +52,7 @@ sp<MediaCodecBuffer> spoilt(const sp<MediaCodecBuffer>& buffer, const Fault& fau
 
 /** Acts out what `fault` does to a buffer that the codec is about to hand out. */
 status_t actOut(const std::optional<Fault>& fault, status_t err, sp<MediaCodecBuffer>* buffer) {
-    if (err == OK && fault) *buffer = spoilt(*buffer, *fault);
+    if (err == OK && fault) *buffer = isNothing(fault) ? nullptr : spoilt(*buffer, *fault);
     return err;
 }
 
@@ -58,7 +61,10 @@ sp<MediaCodec> refuse(status_t why, status_t* err) {
     return nullptr;
 }
 
-bool isStatus(const std::optional<Fault>& fault) { return fault && fault->kind == Fault::Kind::kStatus; }
+/** Nobody waits in a call on a codec that is shut down. */
+void releaseStalledCalls() {
+    for (const char* const prefix : {"MediaCodec::", "ANativeWindow"}) Faults::instance().releaseNow(prefix);
+}
 
 }  // namespace
 
@@ -104,8 +110,11 @@ status_t MediaCodec::configure(const sp<AMessage>& format, const sp<Surface>& na
 }
 
 status_t MediaCodec::createInputSurface(sp<IGraphicBufferProducer>* bufferProducer) {
-    if (const auto fault = faultAt("MediaCodec::createInputSurface")) return *fault;
-    return mImpl->createInputSurface(bufferProducer);
+    const std::optional<Fault> fault = Faults::instance().at("MediaCodec::createInputSurface");
+    if (isStatus(fault)) return fault->status;
+    const status_t err = mImpl->createInputSurface(bufferProducer);
+    if (isNothing(fault)) *bufferProducer = nullptr;
+    return err;
 }
 
 status_t MediaCodec::start() {
@@ -115,6 +124,7 @@ status_t MediaCodec::start() {
 
 status_t MediaCodec::stop() {
     if (const auto fault = faultAt("MediaCodec::stop")) return *fault;
+    releaseStalledCalls();
     return mImpl->shutDown(Impl::State::kUninitialised);
 }
 
@@ -125,6 +135,7 @@ status_t MediaCodec::reset() {
 
 status_t MediaCodec::release() {
     if (const auto fault = faultAt("MediaCodec::release")) return *fault;
+    releaseStalledCalls();
     return mImpl->shutDown(Impl::State::kReleased);
 }
 
@@ -162,7 +173,7 @@ status_t MediaCodec::dequeueOutputBuffer(size_t* index, size_t* offset, size_t* 
     *offset = 0;
     *size = output.size;
     *presentationTimeUs = output.timeUs;
-    *flags = output.flags;
+    *flags = fault && fault->kind == Fault::Kind::kFlags ? static_cast<uint32_t>(fault->status) : output.flags;
     return OK;
 }
 
@@ -177,8 +188,11 @@ status_t MediaCodec::signalEndOfInputStream() {
 }
 
 status_t MediaCodec::getOutputFormat(sp<AMessage>* format) const {
-    if (const auto fault = faultAt("MediaCodec::getOutputFormat")) return *fault;
-    return mImpl->format(Impl::Port::kOutput, format);
+    const std::optional<Fault> fault = Faults::instance().at("MediaCodec::getOutputFormat");
+    if (isStatus(fault)) return fault->status;
+    const status_t err = mImpl->format(Impl::Port::kOutput, format);
+    if (isNothing(fault)) *format = nullptr;
+    return err;
 }
 
 status_t MediaCodec::getInputFormat(sp<AMessage>* format) const {

@@ -84,9 +84,9 @@ status_t MediaCodec::Impl::shutDown(State target) {
     std::unique_ptr<EncodePool> pool;
     sp<quill::host::BufferQueue> surface;
     {
-        const Guard guard(mLock);
+        Guard guard(mLock);
+        mNews.wait(guard, [this] { return mState != State::kStopping; });  // somebody else's stop or flush
         if (mState == State::kReleased) return target == State::kReleased ? OK : INVALID_OPERATION;
-        if (mState == State::kStopping) return INVALID_OPERATION;
         mState = State::kStopping;
         pool.swap(mPool);
         std::swap(surface, mSurface);
@@ -95,11 +95,14 @@ status_t MediaCodec::Impl::shutDown(State target) {
     if (surface != nullptr) surface->abandon();
     pool.reset();  // without the lock, which its workers take
 
-    const Guard guard(mLock);
-    mInputs.reset(0);
-    mOutputs.reset(0);
-    mNextOutput.reset();
-    mState = target;
+    {
+        const Guard guard(mLock);
+        mInputs.reset(0);
+        mOutputs.reset(0);
+        mNextOutput.reset();
+        mState = target;
+    }
+    mNews.notify_all();
     return OK;
 }
 
@@ -254,36 +257,40 @@ status_t MediaCodec::Impl::takeOutput(Output* output) {
     if (mNextOutput->endOfStream) {
         output->flags = BUFFER_FLAG_EOS;
     } else if (!mFormatAnnounced) {
-        announceFormat();
-        return INFO_FORMAT_CHANGED;
+        return announceFormat();
     } else if (!mParameterSetsGiven) {
-        mParameterSetsGiven = true;
         output->flags = BUFFER_FLAG_CODECCONFIG;
-        fillOutput(mParameterSets, output);
-        return OK;
+        const status_t err = fillOutput(mParameterSets, output);
+        mParameterSetsGiven = err == OK;
+        return err;
     } else {
         output->flags = BUFFER_FLAG_SYNCFRAME;
     }
     output->timeUs = mNextOutput->timeUs;
-    fillOutput(mNextOutput->bytes, output);
-    mNextOutput.reset();
-    return OK;
+    const status_t err = fillOutput(mNextOutput->bytes, output);
+    if (err == OK) mNextOutput.reset();
+    return err;
 }
 
 /** Only now, with a picture coded, is the engine open and its parameter sets known. */
-void MediaCodec::Impl::announceFormat() {
-    mFormatAnnounced = true;
+status_t MediaCodec::Impl::announceFormat() {
     mParameterSets = mPool->parameterSets();
+    const sp<ABuffer> copy = ABuffer::CreateAsCopy(mParameterSets.data(), mParameterSets.size());
+    if (copy == nullptr) return NO_MEMORY;
+    mFormatAnnounced = true;
     mOutputFormat = mOutputFormat->dup();
-    mOutputFormat->setBuffer(kCodecSpecificData, ABuffer::CreateAsCopy(mParameterSets.data(), mParameterSets.size()));
+    mOutputFormat->setBuffer(kCodecSpecificData, copy);
+    return INFO_FORMAT_CHANGED;
 }
 
-void MediaCodec::Impl::fillOutput(const std::vector<uint8_t>& bytes, Output* output) {
+status_t MediaCodec::Impl::fillOutput(const std::vector<uint8_t>& bytes, Output* output) {
+    const sp<ABuffer> copy = ABuffer::CreateAsCopy(bytes.data(), bytes.size());
+    if (copy == nullptr) return NO_MEMORY;
     output->index = *mOutputs.firstFree();
     output->size = bytes.size();
     mOutputs.give(output->index, Owner::kClient);
-    mOutputs.setBuffer(output->index,
-                       new MediaCodecBuffer(mOutputFormat, ABuffer::CreateAsCopy(bytes.data(), bytes.size())));
+    mOutputs.setBuffer(output->index, new MediaCodecBuffer(mOutputFormat, copy));
+    return OK;
 }
 
 status_t MediaCodec::Impl::releaseOutput(size_t index) {

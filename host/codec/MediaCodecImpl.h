@@ -70,8 +70,8 @@ struct MediaCodec::Impl : public std::enable_shared_from_this<MediaCodec::Impl> 
     void submitFrame(const sp<GraphicBuffer>& frame, int64_t timeUs);
     bool hasOutput();
     status_t takeOutput(Output* output);
-    void announceFormat();
-    void fillOutput(const std::vector<uint8_t>& bytes, Output* output);
+    status_t announceFormat();
+    status_t fillOutput(const std::vector<uint8_t>& bytes, Output* output);
 
     // Without.
     void onProgress();

@@ -16,6 +16,7 @@
 namespace android {
 
 using quill::host::Clock;
+using quill::host::Fault;
 using quill::host::Faults;
 
 namespace {
@@ -148,7 +149,8 @@ int Surface::disconnect(int api, IGraphicBufferProducer::DisconnectMode mode) {
 }
 
 int Surface::dequeueBuffer(ANativeWindowBuffer** buffer, int* fenceFd) {
-    if (const auto status = Faults::instance().statusAt("ANativeWindow::dequeueBuffer")) return *status;
+    const std::optional<Fault> fault = Faults::instance().at("ANativeWindow::dequeueBuffer");
+    if (fault && fault->kind == Fault::Kind::kStatus) return fault->status;
     if (buffer == nullptr || fenceFd == nullptr) return BAD_VALUE;
     if (mProducer == nullptr) return NO_INIT;
     const Request wanted = request();
@@ -157,6 +159,8 @@ int Surface::dequeueBuffer(ANativeWindowBuffer** buffer, int* fenceFd) {
     if (err != OK) return err;
     *buffer = dequeued->getNativeBuffer();
     *fenceFd = kNoFence;  // the consumer is done with a buffer before it releases it
+    if (fault && fault->kind == Fault::Kind::kNothing) *buffer = nullptr;
+    if (fault && fault->kind == Fault::Kind::kShortBuffer) dequeued->width = static_cast<int>(fault->size);
     const std::lock_guard<std::mutex> guard(mLock);
     mDequeued.push_back(dequeued);
     return OK;

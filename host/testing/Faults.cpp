@@ -23,13 +23,21 @@ struct State {
     std::condition_variable released;
     std::map<std::string, std::vector<Planned>> planned;
     std::map<std::string, int> occurrences;
-    uint64_t releases = 0;
+    std::multimap<std::string, bool> stalled;  // by name; true: may go on
     bool holding = true;
 };
 
 State& state() {
     static State* const kept = new State;  // outlives every thread that may still ask at exit
     return *kept;
+}
+
+/** With the lock held. */
+void releaseStalled(const std::string& prefix) {
+    for (auto& [call, released] : state().stalled) {
+        if (call.compare(0, prefix.size(), prefix) == 0) released = true;
+    }
+    state().released.notify_all();
 }
 
 }  // namespace
@@ -53,8 +61,12 @@ std::map<std::string, int> Faults::occurrences() const {
 void Faults::release() {
     const std::lock_guard<std::mutex> guard(state().lock);
     state().holding = false;
-    ++state().releases;
-    state().released.notify_all();
+    releaseStalled("");
+}
+
+void Faults::releaseNow(const std::string& prefix) {
+    const std::lock_guard<std::mutex> guard(state().lock);
+    releaseStalled(prefix);
 }
 
 void Faults::reset() {
@@ -72,7 +84,7 @@ std::optional<Fault> Faults::at(const char* call) {
             Clock::instance().sleepUs(fault->delayUs);
             return std::nullopt;
         case Fault::Kind::kStall:
-            stall();
+            stall(call);
             return std::nullopt;
         default:
             return fault;
@@ -96,10 +108,11 @@ std::optional<Fault> Faults::count(const char* call) {
     return std::nullopt;
 }
 
-void Faults::stall() {
+void Faults::stall(const std::string& call) {
     std::unique_lock<std::mutex> guard(state().lock);
-    const uint64_t before = state().releases;
-    state().released.wait(guard, [&] { return !state().holding || state().releases != before; });
+    const auto self = state().stalled.emplace(call, !state().holding);
+    state().released.wait(guard, [&] { return self->second; });
+    state().stalled.erase(self);
 }
 
 }  // namespace quill::host

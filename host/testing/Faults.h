@@ -12,9 +12,11 @@ struct Fault {
     enum class Kind {
         kStatus,        ///< the call does nothing and returns `status` (a null pointer where it returns one)
         kLate,          ///< the call sleeps `delayUs` on the stand-in's clock, then takes its course
-        kStall,         ///< the call blocks until `Faults::release`, then takes its course
+        kStall,         ///< the call blocks until `Faults::release` or, on a codec, its stop; then takes its course
+        kNothing,       ///< the call succeeds and hands out a null pointer
         kNullBuffer,    ///< the buffer handed out has no memory
-        kShortBuffer,   ///< the buffer handed out holds `size` bytes
+        kShortBuffer,   ///< the buffer handed out, or what is transferred, is `size` bytes; a window's: that many wide
+        kFlags,         ///< the coded buffer carries `status` as its flags
         kFormatChange,  ///< an additional format change is reported first
         kNoOutput,      ///< the work is swallowed: nothing ever comes out for it
     };
@@ -26,6 +28,8 @@ struct Fault {
     static Fault failing(int32_t status) { return {Kind::kStatus, status, 0, 0}; }
     static Fault late(int64_t delayUs) { return {Kind::kLate, 0, delayUs, 0}; }
     static Fault stalling() { return {Kind::kStall, 0, 0, 0}; }
+    static Fault nothing() { return {Kind::kNothing, 0, 0, 0}; }
+    static Fault flags(int32_t flags) { return {Kind::kFlags, flags, 0, 0}; }
     static Fault nullBuffer() { return {Kind::kNullBuffer, 0, 0, 0}; }
     static Fault shortBuffer(size_t size) { return {Kind::kShortBuffer, 0, 0, size}; }
     static Fault formatChange() { return {Kind::kFormatChange, 0, 0, 0}; }
@@ -47,6 +51,8 @@ class Faults {
     std::map<std::string, int> occurrences() const;
     /** Lets every stalled call go on, now and from now on. */
     void release();
+    /** Lets those go on that are stalled now and have a name that begins with `prefix`. */
+    void releaseNow(const std::string& prefix);
     /** Forgets all faults and counts; lets stalled calls go on. */
     void reset();
 
@@ -61,7 +67,7 @@ class Faults {
   private:
     Faults() = default;
     std::optional<Fault> count(const char* call);
-    void stall();
+    void stall(const std::string& call);
 };
 
 }  // namespace quill::host
