@@ -10,6 +10,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <chrono>
 
 namespace quill::host {
@@ -26,6 +27,12 @@ long threadId() { return syscall(SYS_gettid); }
 double nowUs() {
     const auto now = std::chrono::steady_clock::now().time_since_epoch();
     return std::chrono::duration<double, std::micro>(now).count();
+}
+
+/** Tells files apart for good; their addresses are used again. */
+uint64_t nextNumber() {
+    static std::atomic<uint64_t> last{0};
+    return ++last;
 }
 
 std::string threadName() {
@@ -49,7 +56,8 @@ std::string jsonString(const std::string& text) {
     return quoted + '"';
 }
 
-TraceFile::TraceFile(const char* path) : mFd(open(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kFileMode)) {
+TraceFile::TraceFile(const char* path)
+        : mNumber(nextNumber()), mFd(open(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kFileMode)) {
     ALOGE_IF(!isOpen(), "QUILL_TRACE: cannot write %s: %s", path, strerror(errno));
 }
 
@@ -65,9 +73,9 @@ void TraceFile::write(char phase, const std::string& name, const std::string& fi
 
 /** Ahead of a thread's first event in this file. */
 void TraceFile::nameThread() {
-    static thread_local const TraceFile* namedIn = nullptr;
-    if (namedIn == this) return;
-    namedIn = this;
+    static thread_local uint64_t namedIn = 0;
+    if (namedIn == mNumber) return;
+    namedIn = mNumber;
     writeEvent("\"ph\":\"M\"" + threadMembers() +
                ",\"name\":\"thread_name\",\"args\":{\"name\":" + jsonString(threadName()) + "}");
 }

@@ -34,6 +34,7 @@ class TraceFile {
     void nameThread();
     void append(const std::string& text);
 
+    const uint64_t mNumber;  // from 1
     std::mutex mLock;
     int mFd;
     bool mHasEvents = false;
