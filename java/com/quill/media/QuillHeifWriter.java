@@ -2,6 +2,7 @@ package com.quill.media;
 
 import android.graphics.Bitmap;
 import java.io.FileDescriptor;
+import java.io.FileInputStream;
 import java.io.FileOutputStream;
 import java.io.IOException;
 import java.util.Objects;
@@ -21,6 +22,7 @@ public final class QuillHeifWriter implements AutoCloseable {
     }
 
     private static final int kMaxQuality = 100;
+    private static final int kSectionHeaderBytes = 8;
 
     private final FrameLayout mLayout;
     private long mHandle;  // the native writer's address, 0 after close
@@ -62,6 +64,14 @@ public final class QuillHeifWriter implements AutoCloseable {
             requireValid(videoFd, "options.videoFd");
             if (gainmapFd != null) requireValid(gainmapFd, "options.gainmapFd");
         }
+
+        /** What the sections behind the still take, each with its header. */
+        private long sectionBytes() throws IOException {
+            long bytes = kSectionHeaderBytes + size(videoFd);
+            if (gainmapFd != null) bytes += kSectionHeaderBytes + size(gainmapFd);
+            if (fileExtender != null) bytes += kSectionHeaderBytes + fileExtender.length;
+            return bytes;
+        }
     }
 
     /**
@@ -98,7 +108,7 @@ public final class QuillHeifWriter implements AutoCloseable {
     public synchronized void writePhoto(byte[] frame, byte[] exif, FileDescriptor fd) throws IOException {
         checkFrame(frame);
         requireValid(fd, "fd");
-        write(fd, () -> nativeProcessHeicPhotoFrame(mHandle, frame, exif, fd));
+        write(fd, 0, () -> nativeProcessHeicPhotoFrame(mHandle, frame, exif, fd));
     }
 
     /**
@@ -110,7 +120,7 @@ public final class QuillHeifWriter implements AutoCloseable {
         checkFrame(frame);
         requireValid(fd, "fd");
         Objects.requireNonNull(options, "options").check();
-        write(fd, () -> nativeCreateLivePhoto(mHandle, frame, exif, fd, options));
+        write(fd, options.sectionBytes(), () -> nativeCreateLivePhoto(mHandle, frame, exif, fd, options));
     }
 
     /**
@@ -122,7 +132,7 @@ public final class QuillHeifWriter implements AutoCloseable {
         checkBitmap(bitmap);
         requireValid(fd, "fd");
         Objects.requireNonNull(options, "options").check();
-        write(fd, () -> nativeCreateLivePhotoByBmp(mHandle, bitmap, exif, fd, options));
+        write(fd, options.sectionBytes(), () -> nativeCreateLivePhotoByBmp(mHandle, bitmap, exif, fd, options));
     }
 
     /** Releases the encoder and the writer's thread. A second call does nothing. */
@@ -174,7 +184,8 @@ public final class QuillHeifWriter implements AutoCloseable {
         mFrameTaken = true;
     }
 
-    private void write(FileDescriptor fd, LongSupplier nativeMethod) throws IOException {
+    /** {@code sectionBytes}: what is appended whether or not there is a still before it. */
+    private void write(FileDescriptor fd, long sectionBytes, LongSupplier nativeMethod) throws IOException {
         long start = position(fd);
         takeFrame();
         if (nativeMethod.getAsLong() != 0) {
@@ -182,9 +193,13 @@ public final class QuillHeifWriter implements AutoCloseable {
                     + "it, the file is not writable and seekable, or time ran out; the log says which");
         }
         // The library does not report how the writing of a coded still went. One without room for it is taken back.
-        if (position(fd) == start) {
-            throw new IOException("Nothing of a frame of " + mLayout + " could be written: there is no room for it");
+        if (position(fd) - start <= sectionBytes) {
+            throw new IOException("No still of a frame of " + mLayout + " could be written: there is no room for it");
         }
+    }
+
+    private static long size(FileDescriptor fd) throws IOException {
+        return new FileInputStream(fd).getChannel().size();
     }
 
     /** Where the next byte goes. The stream is not closed, for the descriptor would be with it. */

@@ -118,10 +118,13 @@ class QuillHeifWriterTest {
     @Test
     @Timeout(value = 8, unit = TimeUnit.SECONDS)  // below the library's own ten seconds
     void write_NoRoomAndNoSeekableFileAreIoExceptions() throws Exception {
-        try (RandomAccessFile full = new RandomAccessFile("/dev/full", "rw")) {
-            String message = assertThrows(IOException.class, () -> mWriter.writePhoto(mFrame, null, full.getFD()))
-                    .getMessage();
-            assertTrue(message.contains("no room"), message);
+        for (Call call : Call.values()) {
+            try (RandomAccessFile full = new RandomAccessFile("/dev/full", "rw");
+                    QuillHeifWriter writer = new QuillHeifWriter(Frames.layout(ColorFormat.RGBA8888), 90, 0)) {
+                String message = assertThrows(IOException.class, () -> call.run(writer, true, full.getFD(), options()))
+                        .getMessage();
+                assertTrue(message.contains("no room"), message);
+            }
         }
         Process reader = new ProcessBuilder("cat").redirectOutput(ProcessBuilder.Redirect.DISCARD).start();
         try (FileOutputStream pipe = new FileOutputStream("/proc/" + reader.pid() + "/fd/0");
