@@ -36,30 +36,45 @@ std::string outcomeOf(const std::function<std::string()>& body) {
     }
 }
 
-std::string outcomeOf(int status, std::string text) {
+struct Child {
+    pid_t id;
+    int output;
+};
+
+Child startChild(const std::function<std::string()>& body) {
+    int pipeEnds[2];
+    if (pipe(pipeEnds) != 0) throw std::runtime_error("no pipe");
+    fflush(nullptr);
+    const pid_t id = fork();
+    if (id < 0) throw std::runtime_error("no child process");
+    if (id == 0) {
+        close(pipeEnds[0]);
+        writeAll(pipeEnds[1], outcomeOf(body));
+        _exit(0);  // past the exit handlers: threads of the body may still run
+    }
+    close(pipeEnds[1]);
+    return {id, pipeEnds[0]};
+}
+
+std::string outcomeOf(const Child& child) {
+    std::string text = readAll(child.output);
+    close(child.output);
+    int status = 0;
+    waitpid(child.id, &status, 0);
     if (WIFSIGNALED(status)) return "died of signal " + std::to_string(WTERMSIG(status));
     return WEXITSTATUS(status) == 0 ? text : "exited with " + std::to_string(WEXITSTATUS(status));
 }
 
 }  // namespace
 
-std::string inChild(const std::function<std::string()>& body) {
-    int pipeEnds[2];
-    if (pipe(pipeEnds) != 0) throw std::runtime_error("no pipe");
-    fflush(nullptr);
-    const pid_t child = fork();
-    if (child < 0) throw std::runtime_error("no child process");
-    if (child == 0) {
-        close(pipeEnds[0]);
-        writeAll(pipeEnds[1], outcomeOf(body));
-        _exit(0);  // past the exit handlers: threads of the body may still run
-    }
-    close(pipeEnds[1]);
-    std::string text = readAll(pipeEnds[0]);
-    close(pipeEnds[0]);
-    int status = 0;
-    waitpid(child, &status, 0);
-    return outcomeOf(status, std::move(text));
+std::string inChild(const std::function<std::string()>& body) { return inChildren({body}).front(); }
+
+std::vector<std::string> inChildren(const std::vector<std::function<std::string()>>& bodies) {
+    std::vector<Child> children;
+    for (const auto& body : bodies) children.push_back(startChild(body));
+    std::vector<std::string> outcomes;
+    for (const Child& child : children) outcomes.push_back(outcomeOf(child));
+    return outcomes;
 }
 
 std::string joined(const std::vector<std::string>& lines) {

@@ -12,6 +12,8 @@ namespace quill::test {
  * "died of signal N".
  */
 std::string inChild(const std::function<std::string()>& body);
+/** What each of `bodies` returns, all running at once. */
+std::vector<std::string> inChildren(const std::vector<std::function<std::string()>>& bodies);
 
 /** Lines joined to one text, and a text cut into its lines. */
 std::string joined(const std::vector<std::string>& lines);

@@ -3,6 +3,8 @@
 #include <stdio.h>
 #include <stdlib.h>
 
+#include <android/bitmap.h>
+
 namespace quill::test {
 
 namespace {
@@ -52,15 +54,47 @@ void fatalError(JNIEnv*, const char* message) {
     abort();
 }
 
-jbyte* getElements(JNIEnv*, jbyteArray array, jboolean*) {
-    static jbyte empty;  // a VM gives an address for an empty array too
-    ++arrayOf(array).pins;
-    return arrayOf(array).bytes.empty() ? &empty : arrayOf(array).bytes.data();
+jbyte* pin(FakeVm::Array& array) {
+    ++array.pins;
+    if (array.pinned == nullptr) array.pinned = std::make_unique<GuardedMemory>(array.bytes);
+    return array.pinned->data();
 }
 
-void releaseElements(JNIEnv*, jbyteArray array, jbyte*, jint mode) {
-    --arrayOf(array).pins;
-    arrayOf(array).releaseMode = mode;
+void unpin(FakeVm::Array& array, jint mode) {
+    if (mode != JNI_ABORT) array.bytes = array.pinned->bytes();
+    array.releaseMode = mode;
+    if (--array.pins == 0) array.pinned.reset();
+}
+
+jbyte* getElements(JNIEnv*, jbyteArray array, jboolean*) { return pin(arrayOf(array)); }
+
+void releaseElements(JNIEnv*, jbyteArray array, jbyte*, jint mode) { unpin(arrayOf(array), mode); }
+
+/** The pixels of a bitmap are pinned by the reference that a lock holds. */
+std::set<jobject>& pixelBuffers() {
+    static std::set<jobject>* const known = new std::set<jobject>;
+    return *known;
+}
+
+void* getDirectBufferAddress(JNIEnv*, jobject buffer) {
+    pixelBuffers().insert(buffer);
+    return pin(arrayOf(static_cast<jarray>(buffer)));
+}
+
+void deleteGlobalRef(JNIEnv*, jobject object) {
+    if (pixelBuffers().count(object) != 0) unpin(arrayOf(static_cast<jarray>(object)), 0);
+}
+
+jint getIntField(JNIEnv*, jobject object, jfieldID field) {
+    const std::string& name = nameOf(field);
+    if (name == "fd") return objectOf(object).fd;
+    return static_cast<FakeVm::Bitmap&>(objectOf(object)).numbers[name];
+}
+
+const char* getStringChars(JNIEnv*, jstring text, jboolean*) { return reinterpret_cast<FakeVm::Text*>(text)->c_str(); }
+
+jsize getStringLength(JNIEnv*, jstring text) {
+    return static_cast<jsize>(reinterpret_cast<FakeVm::Text*>(text)->size());
 }
 
 jint getEnv(JavaVM*, void** env, jint version) {
@@ -70,6 +104,12 @@ jint getEnv(JavaVM*, void** env, jint version) {
 }
 
 }  // namespace
+
+FakeVm::Bitmap::Bitmap(int width, int height, const std::vector<uint8_t>& rgba)
+        : numbers{{"mWidth", width}, {"mHeight", height}, {"mFormat", ANDROID_BITMAP_FORMAT_RGBA_8888}} {
+    pixels.bytes.assign(rgba.begin(), rgba.end());
+    fields["mPixels"] = asJava(&pixels);
+}
 
 FakeVm::FakeVm() {
     current = this;
@@ -87,7 +127,8 @@ void FakeVm::fillTable() {
     mTable.FatalError = fatalError;
     mTable.DeleteLocalRef = [](JNIEnv*, jobject) {};
     mTable.NewGlobalRef = [](JNIEnv*, jobject object) { return object; };
-    mTable.DeleteGlobalRef = [](JNIEnv*, jobject) {};
+    mTable.DeleteGlobalRef = deleteGlobalRef;
+    mTable.IsSameObject = [](JNIEnv*, jobject one, jobject other) -> jboolean { return one == other; };
     mTable.GetJavaVM = [](JNIEnv*, JavaVM** vm) -> jint {
         *vm = current->vm();
         return JNI_OK;
@@ -97,7 +138,14 @@ void FakeVm::fillTable() {
     mTable.ExceptionClear = [](JNIEnv*) {};
     mTable.GetObjectClass = [](JNIEnv*, jobject) { return current->classesKnown ? named<jclass>("Caller") : nullptr; };
     mTable.IsInstanceOf = [](JNIEnv*, jobject, jclass) -> jboolean { return JNI_TRUE; };
-    mTable.GetIntField = [](JNIEnv*, jobject object, jfieldID) -> jint { return objectOf(object).fd; };
+    mTable.GetIntField = getIntField;
+    mTable.GetStringUTFChars = getStringChars;
+    mTable.GetStringUTFLength = getStringLength;
+    mTable.ReleaseStringUTFChars = [](JNIEnv*, jstring, const char*) {};
+    mTable.GetDirectBufferAddress = getDirectBufferAddress;
+    mTable.GetDirectBufferCapacity = [](JNIEnv*, jobject buffer) {
+        return static_cast<jlong>(arrayOf(static_cast<jarray>(buffer)).bytes.size());
+    };
     mTable.GetObjectField = [](JNIEnv*, jobject object, jfieldID field) {
         return objectOf(object).fields[nameOf(field)];
     };
