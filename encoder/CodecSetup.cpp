@@ -14,6 +14,7 @@
 
 #include "HeicEncoderInfoManager.h"
 #include "QuillHeifEncoder.h"
+#include "StatusNames.h"
 #include "TileLayout.h"
 #include "VendorFormats.h"
 #include "VerboseLog.h"
@@ -63,7 +64,7 @@ bool QuillHeifEncoder::isSizeSupportedByHeifEncoder(int width, int height, bool*
 status_t QuillHeifEncoder::initializeCodec() {
     status_t err = createCodec();
     if (err != OK) {
-        ALOGE("Failed to create codec: %s (%d)", strerror(-err), err);
+        ALOGE("Failed to create codec: %s (%d)", statusText(err), err);
         return NO_INIT;
     }
     layOutTiles();
@@ -71,7 +72,7 @@ status_t QuillHeifEncoder::initializeCodec() {
     setParameter(format);
     err = mCodec->configure(format, nullptr, nullptr, MediaCodec::CONFIGURE_FLAG_ENCODE);
     if (err != OK) {
-        ALOGE("Failed to configure codec: %s (%d)", strerror(-err), err);
+        ALOGE("Failed to configure codec: %s (%d)", statusText(err), err);
         return err;
     }
     if (usesSurfacePath()) createSurfaceForEncoder();
@@ -88,7 +89,7 @@ status_t QuillHeifEncoder::createCodec() {
     mCodecLooper->setName(kCodecLooperName);
     const status_t err = mCodecLooper->start(false /* runOnCallingThread */, false /* canCallJava */, kAudioPriority);
     if (err != OK) {
-        ALOGE("%s: Failed to start codec looper: %s (%d)", __FUNCTION__, strerror(-err), err);
+        ALOGE("%s: Failed to start codec looper: %s (%d)", __FUNCTION__, statusText(err), err);
         return NO_INIT;
     }
     if (isVerboseLogEnabled()) ALOGI("%s Create HEVC Codec", __FUNCTION__);

@@ -12,6 +12,7 @@
 
 #include "HeicEncoderInfoManager.h"
 #include "QuillHeifEncoder.h"
+#include "StatusNames.h"
 #include "TileLayout.h"
 #include "VendorFormats.h"
 #include "VerboseLog.h"
@@ -47,7 +48,7 @@ void QuillHeifEncoder::createSurfaceForEncoder() {
     ANativeWindow_setBuffersGeometry(mNativeWindow.get(), kTileSide, kTileSide, pixelFormat);
     status_t err = native_window_set_usage(mNativeWindow.get(), kWindowUsage);
     if (err != OK) {
-        ALOGE("native_window_set_usage failed: %s (%d)", strerror(-err), -err);
+        ALOGE("native_window_set_usage failed: %s (%d)", statusText(err), negated(err));
         return;
     }
     mSurface->setMaxDequeuedBufferCount(kBuffersAhead);

@@ -1,6 +1,7 @@
 #define LOG_TAG "QuillHeifEncoder"
 
 #include "QuillHeifEncoder.h"
+#include "StatusNames.h"
 
 #include <string.h>
 
@@ -37,7 +38,7 @@ QuillHeifEncoder::~QuillHeifEncoder() {
 
 status_t QuillHeifEncoder::start() {
     const status_t err = mCodec == nullptr ? NO_INIT : mCodec->start();
-    if (err != OK) ALOGE("Failed to start codec: %s (%d)", strerror(-err), err);
+    if (err != OK) ALOGE("Failed to start codec: %s (%d)", statusText(err), err);
     return err;
 }
 

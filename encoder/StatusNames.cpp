@@ -1,5 +1,8 @@
 #include "StatusNames.h"
 
+#include <stdint.h>
+#include <string.h>
+
 namespace android {
 
 const char* statusName(status_t status) {
@@ -31,5 +34,9 @@ const char* statusName(status_t status) {
     }
     return "??";
 }
+
+int negated(status_t status) { return static_cast<int>(0u - static_cast<uint32_t>(status)); }
+
+const char* statusText(status_t status) { return strerror(negated(status)); }
 
 }  // namespace android

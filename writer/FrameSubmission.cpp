@@ -43,7 +43,8 @@ int32_t QuillHeifWriter::processInputFrame(uint8_t* yuv, uint8_t* exif, uint32_t
     uint32_t initPosition = 0;
     if (!queueInputFrame(yuv, exif, exifLen, fd, &needsThumbnail, &initPosition)) return -1;
     mFrameInFlight.store(true, std::memory_order_release);
-    (new AMessage(kWhatProcessInputFrameNotify, this))->post();
+    const sp<AMessage> notify = new AMessage(kWhatProcessInputFrameNotify, this);  // ours too: it may not be taken
+    notify->post();
 
     waitFor(mInputConsumed, &budget);
     // While the looper encodes; and even when the first wait was in vain, for the looper may yet get there.
