@@ -61,11 +61,6 @@ sp<MediaCodec> refuse(status_t why, status_t* err) {
     return nullptr;
 }
 
-/** Nobody waits in a call on a codec that is shut down. */
-void releaseStalledCalls() {
-    for (const char* const prefix : {"MediaCodec::", "ANativeWindow"}) Faults::instance().releaseNow(prefix);
-}
-
 }  // namespace
 
 sp<MediaCodec> MediaCodec::CreateByType(const sp<ALooper>&, const AString& mime, bool encoder, status_t* err, pid_t,
@@ -124,7 +119,6 @@ status_t MediaCodec::start() {
 
 status_t MediaCodec::stop() {
     if (const auto fault = faultAt("MediaCodec::stop")) return *fault;
-    releaseStalledCalls();
     return mImpl->shutDown(Impl::State::kUninitialised);
 }
 
@@ -135,7 +129,6 @@ status_t MediaCodec::reset() {
 
 status_t MediaCodec::release() {
     if (const auto fault = faultAt("MediaCodec::release")) return *fault;
-    releaseStalledCalls();
     return mImpl->shutDown(Impl::State::kReleased);
 }
 

@@ -11,6 +11,7 @@
 
 #include "codec/SurfaceFrame.h"
 #include "testing/Clock.h"
+#include "testing/Faults.h"
 
 namespace android {
 
@@ -34,6 +35,12 @@ constexpr char kCodecSpecificData[] = "csd-0";
 /** Enough for every core to find the next picture ready. */
 size_t inputCount() {
     return std::clamp(static_cast<size_t>(std::thread::hardware_concurrency()) + 2, kMinInputs, kMaxInputs);
+}
+
+/** Nobody stays in a call on a codec that is being shut down. */
+void releaseStalledCalls() {
+    for (const char* const prefix : {"MediaCodec::", "ANativeWindow"})
+        quill::host::Faults::instance().releaseNow(prefix);
 }
 
 }  // namespace
@@ -93,6 +100,7 @@ status_t MediaCodec::Impl::shutDown(State target) {
     }
     mNews.notify_all();
     if (surface != nullptr) surface->abandon();
+    releaseStalledCalls();
     pool.reset();  // without the lock, which its workers take
 
     {
