@@ -129,14 +129,6 @@ TEST(EncoderFrame, RetryBudgetIsOneFrames) {
                                                 "E/encode heif (err -11(WOULD_BLOCK))"));
 }
 
-TEST(EncoderFrame, SwallowedTileRunsIntoTheTimeOut) {
-    Encoding coding(FORMAT_NV12, kFourTiles);
-    Faults::instance().inject("MediaCodec::queueInputBuffer", Fault::noOutput(), 2);
-    Clock::instance().setScale(0.02);
-    EXPECT_EQ(-11, coding.encode());
-    EXPECT_LE(coding.out.size(), 3u) << "what was collected stays";
-}
-
 TEST(EncoderFrame, SecondFrameFeedsNothing) {
     Encoding coding(FORMAT_NV12);
     ASSERT_EQ(OK, coding.encode());
@@ -144,47 +136,6 @@ TEST(EncoderFrame, SecondFrameFeedsNothing) {
     EXPECT_EQ(-11, coding.encode());
     EXPECT_EQ(1, coding.calls("MediaCodec::queueInputBuffer"));
     EXPECT_EQ(1u, coding.out.size());
-}
-
-TEST(EncoderFrame, CodecFailuresEndTheFrame) {
-    const struct {
-        const char* call;
-        Fault fault;
-        status_t result;
-        std::vector<std::string> lines;
-        int queued;
-    } kCases[] = {
-            {kDequeueOutput,
-             Fault::failing(-38),
-             -38,
-             {"W/Received error -38 (INVALID_OPERATION) instead of output"},
-             1},
-            {kDequeueOutput, Fault::failing(-1010), -1010, {"W/Received error -1010 (?\?) instead of output"}, 1},
-            {"MediaCodec::getOutputFormat", Fault::failing(-38), -38, {}, 1},
-            {"MediaCodec::getOutputBuffer", Fault::failing(-38), -38, {"E/failed to get output buffer 0"}, 1},
-            {"MediaCodec::getInputBuffer", Fault::failing(-12), -12, {"E/failed to get input buffer 0"}, 0},
-            {"MediaCodec::getInputBuffer",
-             Fault::shortBuffer(393215),
-             -22,
-             {"E/buffer size (393216) too large for codec input size (393215)"},
-             0},
-            {"MediaCodec::getInputBuffer", Fault::nullBuffer(), -22, {"E/dstBuf is nullptr"}, 0},
-            {"MediaCodec::queueInputBuffer", Fault::failing(-12), -12, {}, 1},
-    };
-    for (const auto& test : kCases) {
-        Encoding coding(FORMAT_NV12);
-        Faults::instance().inject(test.call, test.fault);
-        EXPECT_EQ(test.result, coding.encode()) << test.call;
-        std::vector<std::string> lines = coding.log.of(kTag);
-        ASSERT_FALSE(lines.empty());
-        EXPECT_THAT(lines.back(), testing::StartsWith("E/encode heif (err " + std::to_string(test.result) + "("));
-        lines.pop_back();
-        EXPECT_EQ(test.lines, lines) << test.call;
-        EXPECT_EQ(test.queued, coding.calls("MediaCodec::queueInputBuffer")) << test.call;
-        EXPECT_TRUE(coding.out.empty());
-        EXPECT_EQ(0, coding.calls("MediaCodec::releaseOutputBuffer")) << test.call;
-        Faults::instance().reset();
-    }
 }
 
 TEST(EncoderFrame, NewsOfTheCodecIsNotOutput) {
@@ -219,32 +170,6 @@ TEST(EncoderFrame, SurfaceTakesOneTileACall) {
     EXPECT_EQ(4, coding.calls("ANativeWindow::queueBuffer"));
     EXPECT_EQ(1, coding.calls("native_window_api_disconnect"));
     EXPECT_EQ(0, coding.calls("MediaCodec::queueInputBuffer"));
-}
-
-TEST(EncoderFrame, SurfaceFailuresEndTheFrame) {
-    {
-        Encoding coding(FORMAT_RGBA8888);
-        fail("ANativeWindow::dequeueBuffer", -32);
-        EXPECT_EQ(-1, coding.encode());
-        EXPECT_THAT(coding.log.of(kTag), ElementsAre("E/Surface::dequeueBuffer returned error -32",
-                                                     "E/encode heif (err -1(PERMISSION_DENIED))"));
-    }
-    Faults::instance().reset();
-    Encoding coding(FORMAT_RGBA8888);
-    fail("native_window_api_disconnect", -22);
-    EXPECT_EQ(OK, coding.encode());
-    EXPECT_THAT(coding.log.of(kTag),
-                ElementsAre("E/encode heif (err 0(NO_ERROR))", "E/Failed to disconnect from surface, err -22"));
-}
-
-TEST(EncoderFrame, MissingSurfaceFailsTheFrameOnly) {
-    fail("MediaCodec::createInputSurface", -38);
-    const sp<QuillHeifEncoder> encoder = new QuillHeifEncoder(64, 64, 64, 64, FORMAT_RGBA8888, 90);
-    EXPECT_EQ(OK, encoder->initializeCodec());
-    std::vector<uint8_t> frame(4 * 64 * 64);
-    std::vector<sp<ABuffer>> out;
-    EXPECT_EQ(-1, encoder->addYuvBuffer(frame.data(), out));
-    encoder->close();
 }
 
 }  // namespace

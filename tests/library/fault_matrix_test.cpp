@@ -344,7 +344,7 @@ std::string expectedLine(const Case& test) {
     const int status = test.fault.status;
     const bool qti = test.road->scene.device == "vendor-qti";
     const std::pair<std::string, std::string> kMarks[] = {
-            {"%s", strerror(-status)},
+            {"%s", statusText(status)},
             {"%d", std::to_string(status)},
             {"%n", statusName(status)},
             {"%c", qti ? "c2.qti.hevc.encoder" : "c2.quill.hevc.encoder"}};

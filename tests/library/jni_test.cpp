@@ -5,9 +5,6 @@
 #include <stdlib.h>
 #include <unistd.h>
 
-#include <chrono>
-#include <future>
-
 #include <android/log.h>
 
 #include "HeifWriterJni.h"
@@ -16,16 +13,11 @@
 #include "support/LogCapture.h"
 #include "support/TemporaryFiles.h"
 #include "support/TestDevice.h"
-#include "testing/Clock.h"
-#include "testing/Faults.h"
 
 namespace {
 
 using namespace android;
 using namespace quill::test;
-using quill::host::Clock;
-using quill::host::Fault;
-using quill::host::Faults;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
@@ -198,35 +190,6 @@ TEST(JniMethods, UnknownCallerThrows) {
                 ElementsAre("java/lang/Exception: ", "java/lang/Exception: ", "java/lang/Exception: "));
     writer.java.classesKnown = true;
     writer.destroy();
-}
-
-// After its time-out a frame may still be with the codec: its arrays and its writer must outlast that.
-TEST(JniMethods, LateFrameKeepsItsArraysAndItsWriter) {
-    constexpr std::chrono::milliseconds kLongEnoughToGoWrong{200};
-    const LogCapture log;
-    JavaWriter writer;
-    EXPECT_EQ(0, writer.create());
-    Faults::instance().inject("MediaCodec::dequeueOutputBuffer", Fault::stalling());
-    Clock::instance().setScale(0.001);
-    const TemporaryFile file;
-    FakeVm::Object fd = descriptor(file.fd());
-    std::shared_future<jlong> result = std::async(std::launch::async, [&] { return writer.process(&fd); });
-    EXPECT_TRUE(log.waitFor("D/QuillHeifWriter: Encode Finish: 0"));
-    Clock::instance().setScale(1);
-    if (result.wait_for(kLongEnoughToGoWrong) == std::future_status::ready) {
-        EXPECT_EQ(1, writer.frame.pins) << "released while the looper still reads the frame";
-    }
-    std::future<void> destroyed = std::async(std::launch::async, [&] {
-        result.wait();
-        writer.destroy();
-    });
-    destroyed.wait_for(kLongEnoughToGoWrong);
-    Faults::instance().release();
-    destroyed.get();
-    EXPECT_EQ(-1, result.get());
-    EXPECT_EQ(0, writer.frame.pins);
-    EXPECT_TRUE(log.has("D/QuillHeifWriter: kWhatProcessInputFrameNotify done"));
-    EXPECT_TRUE(log.has("D/QuillHeifWriter: ~QuillHeifWriter()"));
 }
 
 }  // namespace

@@ -16,17 +16,12 @@
 #include "support/Still.h"
 #include "support/TestDevice.h"
 #include "testing/CallLog.h"
-#include "testing/Clock.h"
-#include "testing/Faults.h"
 
 namespace {
 
 using namespace android;
 using namespace quill::test;
 using quill::host::CallLog;
-using quill::host::Clock;
-using quill::host::Fault;
-using quill::host::Faults;
 using testing::ElementsAre;
 using Bytes = std::vector<uint8_t>;
 
@@ -269,19 +264,6 @@ TEST(LivePhoto, PacketOfAFailedCallIsKeptForTheNextWithoutOne) {
     EXPECT_EQ(kPacket, xmpOf(file.path()));
     writer->close();
     writer->destroy();
-}
-
-TEST(LivePhoto, FailedStillIsNotAppendedTo) {
-    const Source video(Bytes{1, 2, 3});
-    const LogCapture log;
-    Still still = smallStill();
-    Faults::instance().reset();
-    Faults::instance().inject("MediaMuxer::start", Fault::failing(-38));
-    Clock::instance().setScale(0.001);
-    EXPECT_EQ(-1, write(still, kPacket, video.fd()));
-    Clock::instance().setScale(1);
-    EXPECT_EQ(1, log.count("E/QuillHeifWriter: fail to encode heif"));
-    EXPECT_TRUE(still.file.bytes().empty());
 }
 
 TEST(LivePhoto, ReadOnlyOutputIsLoggedForAnArrayButNotForABitmap) {
