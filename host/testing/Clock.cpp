@@ -1,5 +1,6 @@
 #include "testing/Clock.h"
 
+#include <cstdlib>
 #include <thread>
 
 #include <unistd.h>
@@ -12,6 +13,12 @@ namespace {
 
 using Wall = std::chrono::steady_clock;
 
+double stretch() {
+    static const char* const text = getenv("QUILL_CLOCK_STRETCH");
+    static const double asked = text == nullptr ? 0.0 : strtod(text, nullptr);
+    return asked > 0.0 ? asked : 1.0;
+}
+
 /** From `origin` on, this clock has run `originUs` and goes at 1 / `wallPerUs`. */
 struct Pace {
     std::mutex lock;
@@ -20,7 +27,8 @@ struct Pace {
     double wallPerUs = 1.0;
 
     double nowUs() const {
-        return originUs + std::chrono::duration<double, std::micro>(Wall::now() - origin).count() / wallPerUs;
+        const double wallUs = std::chrono::duration<double, std::micro>(Wall::now() - origin).count();
+        return originUs + wallUs / wallPerUs / stretch();
     }
 };
 
@@ -56,7 +64,8 @@ int64_t Clock::nowUs() const {
 void Clock::sleepUs(int64_t microseconds) const { std::this_thread::sleep_for(toWall(microseconds)); }
 
 std::chrono::nanoseconds Clock::toWall(int64_t microseconds) const {
-    return std::chrono::nanoseconds(static_cast<int64_t>(static_cast<double>(microseconds) * 1000.0 * scale()));
+    return std::chrono::nanoseconds(
+            static_cast<int64_t>(static_cast<double>(microseconds) * 1000.0 * scale() * stretch()));
 }
 
 }  // namespace quill::host

@@ -11,7 +11,8 @@ namespace quill::host {
  * The one clock that every wait of the stand-in goes through, the process's `usleep` included.
  *
  * A test stretches or shrinks time with `setScale`: at 0.001 a wait of 10 s takes 10 ms, at 10 a poll
- * of 2 ms takes 20 ms. All times given and returned are microseconds of this clock, not of the wall.
+ * of 2 ms takes 20 ms. The environment's QUILL_CLOCK_STRETCH stretches every scale once more, for processes that
+ * something slows down as a whole. All times given and returned are microseconds of this clock, not of the wall.
  * Thread-safe.
  */
 class Clock {
