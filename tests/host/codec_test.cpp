@@ -1,4 +1,3 @@
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <thread>
@@ -11,18 +10,10 @@
 #include <media/stagefright/foundation/AString.h>
 #include <mediadrm/ICrypto.h>
 
-#include "testing/Clock.h"
-#include "testing/Faults.h"
-
 namespace android {
 namespace {
 
-using quill::host::Fault;
-using quill::host::Faults;
-
 constexpr int32_t kNv12 = 21;
-constexpr int32_t kP010 = 54;
-constexpr int32_t kSurface = 0x7F000789;
 constexpr size_t kTileBytes = 393216;
 constexpr int64_t kLong = 60'000'000;
 
@@ -128,14 +119,6 @@ TEST(Codec, FormatsItCannotTakeAreBadValues) {
     EXPECT_EQ(Codec().configure(format), BAD_VALUE);
 }
 
-TEST(Codec, UnknownComponentsDoNotExist) {
-    status_t err = OK;
-    EXPECT_EQ(MediaCodec::CreateByComponentName(new ALooper, "c2.none", &err), nullptr);
-    EXPECT_EQ(err, NAME_NOT_FOUND);
-    EXPECT_EQ(MediaCodec::CreateByType(new ALooper, "video/avc", true, &err), nullptr);
-    EXPECT_EQ(err, NAME_NOT_FOUND);
-}
-
 TEST(Codec, OutputIsFormatThenParameterSetsThenPicturesInOrder) {
     Codec codec;
     codec.begin(tileFormat(kNv12, 3, 4));
@@ -172,13 +155,6 @@ TEST(Codec, OutputIsFormatThenParameterSetsThenPicturesInOrder) {
     EXPECT_EQ(codec.dequeue(0).status, WOULD_BLOCK);
 }
 
-TEST(Codec, WaitsRunOnTheClock) {
-    quill::host::Clock::instance().setScale(1e-6);
-    Codec codec;
-    codec.begin(tileFormat(kNv12));
-    EXPECT_EQ(codec.dequeue(3'600'000'000).status, WOULD_BLOCK);
-}
-
 TEST(Codec, BuffersAreCountedAndOwned) {
     Codec codec;
     codec.begin(tileFormat(kNv12));
@@ -199,31 +175,6 @@ TEST(Codec, BuffersAreCountedAndOwned) {
     EXPECT_EQ(codec->queueInputBuffer(0, 0, 0, 0, 0), OK);
     EXPECT_EQ(codec->queueInputBuffer(0, 0, 0, 0, 0), -EACCES);
     EXPECT_EQ(codec->releaseOutputBuffer(0), -EACCES);
-}
-
-TEST(Codec, TenBitPicturesTakeTwiceTheBuffer) {
-    Codec codec;
-    const sp<AMessage> format = tileFormat(0x7FA30C0A);
-    format->setInt32("width", 320);
-    format->setInt32("height", 240);
-    codec.begin(format);
-    size_t index = 0;
-    sp<MediaCodecBuffer> buffer;
-    ASSERT_EQ(codec->dequeueInputBuffer(&index, kLong), OK);
-    ASSERT_EQ(codec->getInputBuffer(index, &buffer), OK);
-    EXPECT_EQ(buffer->capacity(), 2 * kTileBytes);
-    ASSERT_EQ(codec->queueInputBuffer(index, 0, 2 * kTileBytes, 5, 0), OK);
-    EXPECT_EQ(codec.dequeuePicture().timeUs, 5);
-}
-
-TEST(Codec, EndOfStreamComesLastAndEmpty) {
-    Codec codec;
-    codec.begin(tileFormat(kNv12));
-    codec.queuePicture(1, MediaCodec::BUFFER_FLAG_EOS);
-    EXPECT_EQ(codec.dequeuePicture().flags, 1u);
-    const Output end = codec.dequeuePicture();
-    EXPECT_EQ(end.flags, 4u);
-    EXPECT_EQ(end.size, 0u);
 }
 
 TEST(Codec, StopWakesWaitersAndDropsWork) {
@@ -248,16 +199,6 @@ TEST(Codec, StopWakesWaitersAndDropsWork) {
     codec.queuePicture(8);  // destroyed at work
 }
 
-TEST(Codec, FlushTakesEverythingBack) {
-    Codec codec;
-    codec.begin(tileFormat(kNv12));
-    for (int i = 0; i < 4; ++i) codec.queuePicture(i);
-    ASSERT_EQ(codec->flush(), OK);
-    EXPECT_EQ(codec.dequeue(0).status, WOULD_BLOCK);
-    codec.queuePicture(9);
-    EXPECT_EQ(codec.dequeuePicture().timeUs, 9);
-}
-
 TEST(Codec, ConstantBitrateIsSharedByTheTiles) {
     for (int32_t bitrate : {400'000, 1'600'000}) {
         Codec codec;
@@ -269,94 +210,6 @@ TEST(Codec, ConstantBitrateIsSharedByTheTiles) {
         for (int i = 0; i < 4; ++i) codec.queuePicture(i);
         for (int i = 0; i < 4; ++i) bytes += codec.dequeuePicture().size;
         EXPECT_NEAR(static_cast<double>(bytes) * 8, bitrate, bitrate * 0.15);
-    }
-}
-
-TEST(Codec, FaultsSpoilBuffersAndOutput) {
-    Faults& faults = Faults::instance();
-    faults.inject("MediaCodec::getInputBuffer", Fault::shortBuffer(100));
-    faults.inject("MediaCodec::getInputBuffer", Fault::nullBuffer(), 2);
-    faults.inject("MediaCodec::queueInputBuffer", Fault::noOutput());
-    faults.inject("MediaCodec::dequeueOutputBuffer", Fault::formatChange());
-    faults.inject("MediaCodec::dequeueInputBuffer", Fault::failing(-5), 3);
-    Codec codec;
-    codec.begin(tileFormat(kNv12));
-    size_t index = 0;
-    sp<MediaCodecBuffer> buffer;
-    ASSERT_EQ(codec->dequeueInputBuffer(&index, 0), OK);
-    ASSERT_EQ(codec->getInputBuffer(index, &buffer), OK);
-    EXPECT_EQ(buffer->capacity(), 100u);
-    ASSERT_EQ(codec->getInputBuffer(index, &buffer), OK);
-    EXPECT_EQ(buffer->capacity(), kTileBytes);
-    EXPECT_EQ(buffer->data(), nullptr);
-    ASSERT_EQ(codec->queueInputBuffer(index, 0, kTileBytes, 1, 0), OK);  // swallowed
-    codec.queuePicture(2);
-    EXPECT_EQ(codec->dequeueInputBuffer(&index, 0), -5);
-    EXPECT_EQ(codec.dequeue(0).status, INFO_FORMAT_CHANGED);
-    EXPECT_EQ(codec.dequeuePicture().timeUs, 2);
-    EXPECT_EQ(codec.dequeue(0).status, WOULD_BLOCK);
-
-    faults.inject("MediaCodec::CreateByType", Fault::failing(NO_MEMORY), 2);
-    status_t err = OK;
-    EXPECT_EQ(MediaCodec::CreateByType(new ALooper, "video/hevc", true, &err), nullptr);
-    EXPECT_EQ(err, NO_MEMORY);
-}
-
-/** A client that draws on the codec's input surface. */
-class SurfaceClient {
-  public:
-    SurfaceClient(const Codec& codec, int32_t width, int32_t height, int32_t format) {
-        sp<IGraphicBufferProducer> producer;
-        EXPECT_EQ(codec->createInputSurface(&producer), OK);
-        mSurface = new Surface(producer, true);
-        EXPECT_EQ(ANativeWindow_setBuffersGeometry(window(), width, height, format), 0);
-        EXPECT_EQ(native_window_set_usage(window(), 0x33), 0);
-        EXPECT_EQ(native_window_api_connect(window(), NATIVE_WINDOW_API_CPU), 0);
-    }
-
-    void draw(uint8_t value) const {
-        ANativeWindowBuffer* buffer = nullptr;
-        ASSERT_EQ(native_window_dequeue_buffer_and_wait(window(), &buffer), 0);
-        const sp<GraphicBuffer> graphics = GraphicBuffer::from(buffer);
-        void* address = nullptr;
-        ASSERT_EQ(graphics->lock(0x30, &address), OK);
-        memset(address, value, static_cast<size_t>(buffer->stride) * 4);
-        graphics->unlock();
-        ASSERT_EQ(window()->queueBuffer(window(), buffer, -1), 0);
-    }
-
-  private:
-    ANativeWindow* window() const { return mSurface.get(); }
-    sp<Surface> mSurface;
-};
-
-TEST(Codec, SurfaceFramesBecomePictures) {
-    for (int32_t format : {1, kP010}) {
-        Codec codec;
-        ASSERT_EQ(codec.configure(tileFormat(kSurface, 4, 5)), OK);
-        const SurfaceClient client(codec, 512, 512, format);
-        client.draw(10);  // before the start, which picks it up
-        ASSERT_EQ(codec->start(), OK);
-        size_t index = 0;
-        EXPECT_EQ(codec->dequeueInputBuffer(&index, 0), INVALID_OPERATION);
-        for (int i = 1; i < 20; ++i) client.draw(static_cast<uint8_t>(i));
-        for (int i = 0; i < 20; ++i) ASSERT_EQ(codec.dequeuePicture().flags, 1u) << i;
-        ASSERT_EQ(codec->signalEndOfInputStream(), OK);
-        EXPECT_EQ(codec.dequeuePicture().flags, 4u);
-        EXPECT_EQ(codec.dequeue(0).status, WOULD_BLOCK);
-    }
-}
-
-TEST(Codec, SurfaceFramesItCannotReadGiveNothing) {
-    const int32_t kBad[][3] = {{256, 512, 1}, {512, 511, kP010}};
-    for (const auto& bad : kBad) {
-        Codec codec;
-        ASSERT_EQ(codec.configure(tileFormat(kSurface)), OK);
-        const SurfaceClient client(codec, bad[0], bad[1], bad[2]);
-        ASSERT_EQ(codec->start(), OK);
-        client.draw(1);
-        ASSERT_EQ(codec->signalEndOfInputStream(), OK);
-        EXPECT_EQ(codec.dequeuePicture().flags, 4u);
     }
 }
 

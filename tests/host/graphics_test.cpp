@@ -114,15 +114,6 @@ TEST(GraphicBuffer, MemoryFitsSizeAndFormat) {
     }
 }
 
-TEST(GraphicBuffer, ImpossibleOneHasNoMemoryAndNoLock) {
-    for (const auto& buffer : {makeBuffer(0, 8, 1), makeBuffer(8, 16385, 1), makeBuffer(8, 8, 9999)}) {
-        void* address = nullptr;
-        EXPECT_EQ(BAD_VALUE, buffer->initCheck());
-        EXPECT_EQ(NO_INIT, buffer->lock(kWrite, &address));
-        EXPECT_EQ(nullptr, BufferContents::of(*buffer).data);
-    }
-}
-
 TEST(GraphicBuffer, LockIsForOneAndForTheUsageItWasMadeFor) {
     const sp<GraphicBuffer> buffer = makeBuffer(8, 8, HAL_PIXEL_FORMAT_RGBA_8888, kWrite);
     void* address = nullptr;
@@ -138,21 +129,6 @@ TEST(GraphicBuffer, LockIsForOneAndForTheUsageItWasMadeFor) {
     Faults::instance().inject("GraphicBuffer::lock", Fault::nullBuffer());
     EXPECT_EQ(OK, buffer->lock(kWrite, &address));
     EXPECT_EQ(nullptr, address);
-}
-
-TEST(Surface, ConnectsOneProducerAtATime) {
-    const sp<BufferQueue> queue = new BufferQueue(2);
-    const sp<Surface> surface = new Surface(queue);
-    ANativeWindow* const window = surface.get();
-    ANativeWindowBuffer* buffer = nullptr;
-    EXPECT_EQ(-EINVAL, native_window_api_disconnect(window, NATIVE_WINDOW_API_CPU));
-    EXPECT_EQ(-ENODEV, native_window_dequeue_buffer_and_wait(window, &buffer));
-    EXPECT_EQ(-EINVAL, native_window_api_connect(window, 99));
-    EXPECT_EQ(0, native_window_api_connect(window, NATIVE_WINDOW_API_CPU));
-    EXPECT_EQ(-EINVAL, native_window_api_connect(window, NATIVE_WINDOW_API_MEDIA));
-    EXPECT_EQ(-EINVAL, native_window_api_disconnect(window, NATIVE_WINDOW_API_MEDIA));
-    EXPECT_EQ(0, native_window_api_disconnect(window, NATIVE_WINDOW_API_CPU));
-    EXPECT_EQ(-EINVAL, native_window_api_disconnect(window, NATIVE_WINDOW_API_CPU));
 }
 
 TEST(Surface, LastReferenceThroughEitherFaceDisconnects) {
@@ -208,17 +184,6 @@ TEST(Surface, DequeueWaitsWhileAllBuffersAreOut) {
     EXPECT_EQ(acquired->getNativeBuffer(), dequeued);
 }
 
-TEST(Surface, HoldsNoMoreBuffersThanAskedFor) {
-    Window producer(4, 2);
-    ANativeWindowBuffer* const first = producer.dequeue();
-    producer.dequeue();
-    EXPECT_EQ(INVALID_OPERATION, producer.tryDequeue());
-    EXPECT_EQ(BAD_VALUE, producer.surface->setMaxDequeuedBufferCount(1));
-    EXPECT_EQ(BAD_VALUE, producer.surface->setMaxDequeuedBufferCount(0));
-    EXPECT_EQ(0, producer.queueBuffer(first));
-    EXPECT_EQ(OK, producer.tryDequeue());
-}
-
 TEST(Surface, FramesArriveInOrderWithTheirTimes) {
     Window producer(3);
     std::vector<int> heard;
@@ -237,14 +202,6 @@ TEST(Surface, FramesArriveInOrderWithTheirTimes) {
     EXPECT_EQ(nullptr, producer.queue->acquire());
 }
 
-TEST(Surface, AsynchronousFrameReplacesTheOneThatWaits) {
-    Window producer(2);
-    ASSERT_EQ(0, producer.window->setSwapInterval(producer.window, 0));
-    for (int mark = 1; mark <= 5; ++mark) producer.queueMarked(mark);
-    EXPECT_EQ(5, markOf(producer.queue->acquire()));
-    EXPECT_EQ(nullptr, producer.queue->acquire());
-}
-
 TEST(Surface, TakesBackOnlyWhatIsDequeuedAndAlwaysTheFence) {
     Window producer(2);
     int ends[2];
@@ -257,17 +214,6 @@ TEST(Surface, TakesBackOnlyWhatIsDequeuedAndAlwaysTheFence) {
     EXPECT_EQ(-1, fcntl(ends[0], F_GETFD)) << "the fence is still open";
     EXPECT_EQ(-EINVAL, producer.queueBuffer(buffer, ends[1]));
     EXPECT_EQ(-1, fcntl(ends[1], F_GETFD)) << "the fence is still open";
-}
-
-TEST(Surface, UnsignalledFenceHoldsTheFrameBackForALimitedTime) {
-    Clock::instance().setScale(0.01);
-    Window producer(1);
-    int ends[2];
-    ASSERT_EQ(0, pipe(ends));
-    const int64_t before = Clock::instance().nowUs();
-    EXPECT_EQ(0, producer.queueBuffer(producer.dequeue(), ends[0]));
-    EXPECT_GE(Clock::instance().nowUs() - before, 2'900'000);
-    close(ends[1]);
 }
 
 TEST(Surface, DisconnectKeepsQueuedFramesAndFreesTheRest) {
@@ -299,46 +245,6 @@ TEST(Surface, AbandonedQueueFailsTheProducer) {
     EXPECT_EQ(-ENODEV, ANativeWindow_getWidth(producer.window));
     EXPECT_EQ(0, native_window_api_disconnect(producer.window, NATIVE_WINDOW_API_CPU));
     EXPECT_EQ(-ENODEV, native_window_api_connect(producer.window, NATIVE_WINDOW_API_CPU));
-}
-
-TEST(Surface, LockAndPostDrawsWithoutSetUp) {
-    const sp<BufferQueue> queue = new BufferQueue(1);
-    const sp<Surface> surface = new Surface(queue);
-    ANativeWindow_setBuffersGeometry(surface.get(), 65, 3, HAL_PIXEL_FORMAT_RGBA_8888);
-    ANativeWindow_Buffer drawn;
-    ARect dirty = {1, 1, 2, 2};
-    EXPECT_EQ(INVALID_OPERATION, ANativeWindow_unlockAndPost(surface.get()));
-    ASSERT_EQ(0, ANativeWindow_lock(surface.get(), &drawn, &dirty));
-    EXPECT_EQ(INVALID_OPERATION, ANativeWindow_lock(surface.get(), &drawn, nullptr));
-    EXPECT_EQ(128, drawn.stride);
-    EXPECT_EQ(65, dirty.right);
-    memset(drawn.bits, 1, static_cast<size_t>(drawn.stride) * 3 * 4);
-    ASSERT_EQ(0, ANativeWindow_unlockAndPost(surface.get()));
-    EXPECT_EQ(0x01010101, markOf(queue->acquire()));
-}
-
-TEST(Surface, EveryCallFailsOnDemand) {
-    Window producer(1);
-    ANativeWindow* const window = producer.window;
-    ANativeWindowBuffer* const buffer = producer.dequeue();
-    const std::pair<const char*, std::function<int()>> calls[] = {
-            {"ANativeWindow_setBuffersGeometry", [&] { return ANativeWindow_setBuffersGeometry(window, 8, 8, 1); }},
-            {"native_window_set_usage", [&] { return native_window_set_usage(window, kWrite); }},
-            {"native_window_api_connect", [&] { return native_window_api_connect(window, 2); }},
-            {"native_window_api_disconnect", [&] { return native_window_api_disconnect(window, 2); }},
-            {"Surface::setMaxDequeuedBufferCount", [&] { return producer.surface->setMaxDequeuedBufferCount(4); }},
-            {"ANativeWindow::dequeueBuffer", [&] { return producer.tryDequeue(); }},
-            {"ANativeWindow::queueBuffer", [&] { return producer.queueBuffer(buffer); }},
-            {"ANativeWindow::cancelBuffer", [&] { return window->cancelBuffer(window, buffer, kNoFence); }},
-            {"GraphicBuffer::unlock", [&] { return GraphicBuffer::from(buffer)->unlock(); }},
-    };
-    for (const auto& [name, call] : calls) {
-        Faults::instance().reset();
-        Faults::instance().inject(name, Fault::failing(-77));
-        EXPECT_EQ(-77, call()) << name;
-        EXPECT_EQ(1, Faults::instance().occurrences()[name]) << name;
-    }
-    EXPECT_EQ(0, producer.queueBuffer(buffer)) << "a failed call has done something";
 }
 
 TEST(Surface, ManyFramesPassBetweenThreadsWhole) {

@@ -20,7 +20,6 @@
 
 #include "system/BuildProp.h"
 #include "system/Device.h"
-#include "testing/Faults.h"
 
 namespace quill::host {
 namespace {
@@ -81,26 +80,6 @@ TEST_F(Device, EnvironmentOverridesItAtEveryCallAndSetOverridesBoth) {
     EXPECT_EQ("set", get("ro.soc.model"));
 }
 
-TEST_F(Device, NumbersAndSwitchesFallBackOnWhatIsNeither) {
-    setenv("QUILL_PROPERTIES", "a=0x22,b=34 people,c=many,d=5000000000,e=on,f=No,g=99999999999999999999", 1);
-    EXPECT_EQ(34, property_get_int32("a", -1));
-    EXPECT_EQ(34, property_get_int32("b", -1));
-    EXPECT_EQ(-1, property_get_int32("c", -1));
-    EXPECT_EQ(-1, property_get_int32("d", -1));
-    EXPECT_EQ(5000000000, property_get_int64("d", -1));
-    EXPECT_EQ(-1, property_get_int64("g", -1));
-    EXPECT_EQ(1, property_get_bool("e", 0));
-    EXPECT_EQ(1, property_get_bool("f", 1));
-}
-
-TEST_F(Device, ReadFailsOnDemand) {
-    Faults::instance().reset();
-    Faults::instance().inject("property_get", Fault::failing(-1), 2);
-    EXPECT_EQ("lab7", get("ro.soc.model"));
-    EXPECT_EQ("fallback", get("ro.soc.model"));
-    EXPECT_EQ("lab7", get("ro.soc.model"));
-}
-
 TEST(BuildProp, OverrideIsFoundByItsWholeKeyOnly) {
     EXPECT_EQ(std::nullopt, findOverride("ro.soc.model=a", "ro.soc"));
     EXPECT_EQ("b", findOverride(",,x, ro.soc = b ,", "ro.soc"));
@@ -121,19 +100,6 @@ TEST(DeviceLookUp, UnknownDeviceIsReportedOnceWithTheKnownOnes) {
     EXPECT_THAT(deviceFolder(), EndsWith("/no-such-device"));
     EXPECT_EQ("fallback", get("ro.soc.model"));
     EXPECT_THAT(lines, ElementsAre(HasSubstr("6 QuillPlatform: QUILL_DEVICE: there is no device folder")));
-}
-
-TEST(DeviceLookUp, DefaultIsTheWorkstation) {
-    unsetenv("QUILL_DEVICE");
-    EXPECT_THAT(deviceFolder(), EndsWith("/devices/workstation"));
-}
-
-TEST(Log, LoggerOfAProgramSeesEveryLevel) {
-    std::vector<std::string> lines;
-    gLines = &lines;
-    __android_log_set_logger(collectLine);
-    __android_log_print(ANDROID_LOG_VERBOSE, "Tag", "line %d", 1);
-    EXPECT_THAT(lines, ElementsAre("2 Tag: line 1"));
 }
 
 /** What this program, run once more behind `command` for the case below only, writes to standard error. */
@@ -223,16 +189,6 @@ TEST_F(Trace, IsThereWhenTheProcessDies) {
     });
     EXPECT_EQ(2u, count(trace, "\"ph\":\"E\"")) << trace;
     EXPECT_THAT(trace, EndsWith("}"));
-}
-
-TEST(TraceTags, AreOffWithoutAFile) {
-    unsetenv("QUILL_TRACE");
-    EXPECT_FALSE(ATRACE_ENABLED());
-}
-
-TEST(TraceTags, AreOffWhenTheFileCannotBeWritten) {
-    setenv("QUILL_TRACE", "/dev/null/trace.json", 1);
-    EXPECT_FALSE(ATRACE_ENABLED());
 }
 
 }  // namespace

@@ -63,16 +63,6 @@ TEST(EncoderFrame, EveryTileIsQueuedOnceWithItsTime) {
     EXPECT_THAT(coding.log.of(kTag), ElementsAre("E/encode heif (err 0(NO_ERROR))"));
 }
 
-TEST(EncoderFrame, BufferSizeFollowsFormat) {
-    for (const auto& [format, bytes] : {std::pair(FORMAT_I420, "393216"), std::pair(FORMAT_P010, "786432")}) {
-        Encoding coding(format);
-        CallLog::instance().start();
-        EXPECT_EQ(OK, coding.encode());
-        EXPECT_THAT(CallLog::instance().of("MediaCodec::queueInputBuffer"),
-                    ElementsAre(testing::HasSubstr(std::string(" 0 ") + bytes + " 132 0")));
-    }
-}
-
 TEST(EncoderFrame, CodedTilesAreCopiesOfPicturesOnly) {
     Encoding coding(FORMAT_NV12, kFourTiles, "5");
     EXPECT_EQ(OK, coding.encode());

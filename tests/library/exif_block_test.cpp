@@ -85,6 +85,20 @@ Bytes phoneBlock() {
     return Bytes(jpeg.begin() + 6, jpeg.begin() + 6 + static_cast<ptrdiff_t>(size));
 }
 
+struct Answer {
+    bool wanted;
+    uint32_t position;
+    Lines lines;
+};
+
+Answer ask(Bytes block) {
+    const sp<QuillHeifWriter> writer = new QuillHeifWriter;
+    const LogCapture log;
+    uint32_t position = 0;
+    const bool wanted = writer->analysisExif(block.data(), static_cast<uint32_t>(block.size()), position);
+    return {wanted, position, log.of("QuillHeifWriter")};
+}
+
 TEST(ExifAnalysis, HeaderIsLookedForNearTheStart) {
     const struct {
         const char* name;
@@ -111,6 +125,14 @@ TEST(ExifAnalysis, HeaderIsLookedForNearTheStart) {
         const ExifAnalysis analysis = analyse(test.block, test.block.size());
         EXPECT_EQ(test.outcome, analysis.outcome) << test.name;
         EXPECT_EQ(test.position, analysis.initPosition) << test.name;
+
+        const Answer answer = ask(test.block);
+        Lines lines = {"D/AnalysisExif begin"};
+        if (test.outcome == kNoHeader) lines.push_back("D/Can't find initPosition.");
+        if (test.outcome == kLinked) lines.push_back("D/HAS IFD1");
+        EXPECT_EQ(test.outcome == kOpen, answer.wanted) << test.name;
+        EXPECT_EQ(test.position, answer.position) << test.name;
+        EXPECT_EQ(lines, answer.lines) << test.name;
     }
 }
 
@@ -186,42 +208,6 @@ TEST(ExifAppending, NoBlockMakesItReachBeyondItsBytes) {
     }
     EXPECT_GT(thumbnails, kBlocks / 10);
     EXPECT_LT(thumbnails, kBlocks);
-}
-
-struct Answer {
-    bool wanted;
-    uint32_t position;
-    Lines lines;
-};
-
-Answer ask(Bytes block) {
-    const sp<QuillHeifWriter> writer = new QuillHeifWriter;
-    const LogCapture log;
-    uint32_t position = 0;
-    const bool wanted = writer->analysisExif(block.data(), static_cast<uint32_t>(block.size()), position);
-    return {wanted, position, log.of("QuillHeifWriter")};
-}
-
-TEST(WriterExif, AnalysisSaysWhatItFinds) {
-    const struct {
-        Bytes block;
-        bool wanted;
-        uint32_t position;
-        Lines lines;
-    } kCases[] = {
-            {kExif + tiff(3, 0), true, 6, {"D/AnalysisExif begin"}},
-            {kApp1 + tiff(3, 0), true, 10, {"D/AnalysisExif begin"}},
-            {kExif + tiff(3, 99), false, 6, {"D/AnalysisExif begin", "D/HAS IFD1"}},
-            {tiff(3, 0), false, 0, {"D/AnalysisExif begin", "D/Can't find initPosition."}},
-            {kExif + tiff(3, 0, "MM"), false, 0, {"D/AnalysisExif begin", "D/Can't find initPosition."}},
-            {Bytes{0, 'I', 'I', 42}, false, 1, {"D/AnalysisExif begin", "D/Can't find initPosition."}},
-    };
-    for (const auto& test : kCases) {
-        const Answer answer = ask(test.block);
-        EXPECT_EQ(test.wanted, answer.wanted);
-        EXPECT_EQ(test.position, answer.position);
-        EXPECT_EQ(test.lines, answer.lines);
-    }
 }
 
 TEST(WriterExif, PropertiesSwitchThumbnailsOff) {

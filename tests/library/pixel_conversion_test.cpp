@@ -127,19 +127,6 @@ TEST(PixelConversion, RgbaOfEveryColourIsAsDefined) {
     EXPECT_EQ(0, differences);
 }
 
-TEST(PixelConversion, RgbaWorkedColours) {
-    const auto yuv = [](uint8_t r, uint8_t g, uint8_t b) {
-        const Bytes pixels = {r, g, b, 0, 9, 9, 9, 9, 9, 9, 9, 9, 9, 9, 9, 9};
-        Bytes nv12(AllottedArea{2, 2}.nv12Bytes());
-        convertRgba8888(pixels.data(), {2, 2}, nv12.data());
-        return std::vector<int>{nv12[0], nv12[4], nv12[5]};
-    };
-    EXPECT_THAT(yuv(255, 255, 255), ElementsAre(255, 128, 128));
-    EXPECT_THAT(yuv(0, 0, 0), ElementsAre(0, 128, 128));
-    EXPECT_THAT(yuv(0, 255, 255), ElementsAre(178, 165, 228)) << "-28 keeps its low eight bits";
-    EXPECT_THAT(yuv(255, 0, 0), ElementsAre(76, 90, 255));
-}
-
 TEST(PixelConversion, P010KeepsTheHighByteOfEverySample) {
     constexpr int kSide = 512;  // luma holds every value four times, U and V once each
     constexpr size_t kLuma = kSide * kSide;
@@ -179,25 +166,13 @@ TEST(PixelConversion, EveryFormatAndSizeIsAsDefinedAndStaysInsideItsBuffers) {
             EXPECT_EQ(1, converter.writer->saveYuvBuf(source.data(), actual.data()));
             EXPECT_EQ(expected, actual);
             EXPECT_EQ(Bytes(kGuard, kUntouched), Bytes(actual.end() - kGuard, actual.end())) << "behind nv12Bytes()";
-        }
-    }
-}
 
-TEST(PixelConversion, SingleConvertersGiveTheSame) {
-    using Convert = void (QuillHeifWriter::*)(uint8_t*, uint8_t*);
-    const std::pair<InputColorFormat, Convert> kConverters[] = {
-            {FORMAT_I420, &QuillHeifWriter::convertYuvI420ToNV12},
-            {FORMAT_P010, &QuillHeifWriter::convertP010ToNV12},
-            {FORMAT_RGBA8888, &QuillHeifWriter::convertRGBA8888ToNV12},
-    };
-    const Geometry geometry{9, 7, 12, 10};
-    for (const auto& [format, convert] : kConverters) {
-        Bytes source = noise(frameBytes(format, geometry));
-        Bytes expected = destination(geometry), actual = expected;
-        define(format, source, geometry, expected);
-        const Converter converter(geometry, FORMAT_NV12);
-        (converter.writer.get()->*convert)(source.data(), actual.data());
-        EXPECT_EQ(expected, actual) << format;
+            Bytes single = destination(geometry);
+            if (format == FORMAT_I420) converter.writer->convertYuvI420ToNV12(source.data(), single.data());
+            if (format == FORMAT_P010) converter.writer->convertP010ToNV12(source.data(), single.data());
+            if (format == FORMAT_RGBA8888) converter.writer->convertRGBA8888ToNV12(source.data(), single.data());
+            EXPECT_TRUE(single == expected || format == FORMAT_NV12 || format == FORMAT_NV21);
+        }
     }
 }
 

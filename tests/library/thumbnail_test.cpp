@@ -101,18 +101,6 @@ TEST(Downscaling, SamplesAreFilteredUpToThirteenFromTheEdge) {
     EXPECT_EQ(39 + 3 * 29, sampleLuma(frame.view(), 39, 29));
 }
 
-TEST(Downscaling, TwelveMegapixelsAreSampledWhereTheScaleSays) {
-    constexpr ThumbnailSize kSize{256, 192};
-    Bytes thumbnail(static_cast<size_t>(kSize.yuvBytes()));
-    constexpr Geometry kGeometry{4000, 3000, 4000, 3000};
-    constexpr int kMiddle = 4;  // 0, 3, 6, 9 have the mean 4.5
-    downscaleNv12(Frame(kGeometry, [](int x, int) { return x; }).view(), kSize, thumbnail.data());
-    EXPECT_EQ(15 + kMiddle, thumbnail[1]);
-    EXPECT_EQ((3984 + kMiddle) % 256, thumbnail[255]);
-    downscaleNv12(Frame(kGeometry, [](int, int y) { return y; }).view(), kSize, thumbnail.data());
-    EXPECT_EQ((2984 + kMiddle) % 256, thumbnail[191 * 256]);
-}
-
 TEST(Downscaling, WholeThumbnailsAreAsDefined) {
     const struct {
         Geometry frame;

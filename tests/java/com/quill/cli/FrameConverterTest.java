@@ -9,31 +9,12 @@ import java.util.Arrays;
 import java.util.Random;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.params.ParameterizedTest;
-import org.junit.jupiter.params.provider.CsvSource;
 import org.junit.jupiter.params.provider.EnumSource;
 
 class FrameConverterTest {
     private static byte[] convert(int[][] pixels, ColorFormat format) {
         return FrameConverter.convert(new ArrayRows(pixels),
                 FrameLayout.evenlyPadded(pixels[0].length, pixels.length, format));
-    }
-
-    @ParameterizedTest
-    @CsvSource({
-        "000000, 0, 128, 128, 0, 512, 512",
-        "ffffff, 255, 128, 128, 1023, 512, 512",
-        "808080, 128, 128, 128, 514, 512, 512",
-        "ff0000, 76, 85, 255, 306, 339, 1023",
-        "00ff00, 150, 44, 21, 601, 173, 84",
-        "0000ff, 29, 255, 107, 117, 1023, 429",
-    })
-    void convert_KnownColors(String color, int y8, int cb8, int cr8, int y10, int cb10, int cr10) {
-        int pixel = Integer.parseInt(color, 16);
-        int[][] pixels = {{pixel, pixel}, {pixel, pixel}};
-        assertArrayEquals(bytes(y8, y8, y8, y8, cb8, cr8), convert(pixels, ColorFormat.NV12));
-        assertArrayEquals(bytes(y8, y8, y8, y8, cr8, cb8), convert(pixels, ColorFormat.NV21));
-        assertArrayEquals(bytes(y8, y8, y8, y8, cb8, cr8), convert(pixels, ColorFormat.I420));
-        assertArrayEquals(words(y10, y10, y10, y10, cb10, cr10), convert(pixels, ColorFormat.P010));
     }
 
     @Test
@@ -113,15 +94,6 @@ class FrameConverterTest {
     private static byte[] bytes(int... values) {
         byte[] bytes = new byte[values.length];
         for (int i = 0; i < values.length; ++i) bytes[i] = (byte) values[i];
-        return bytes;
-    }
-
-    private static byte[] words(int... values) {
-        byte[] bytes = new byte[2 * values.length];
-        for (int i = 0; i < values.length; ++i) {
-            bytes[2 * i] = (byte) (values[i] << 6);
-            bytes[2 * i + 1] = (byte) (values[i] >> 2);
-        }
         return bytes;
     }
 
