@@ -115,16 +115,44 @@ constexpr Geometry kGeometries[] = {
         {1, 2, 1, 5}, {2, 2, 2, 2}, {65, 63, 65, 63}, {61, 41, 64, 48}, {64, 64, 65, 65},
 };
 
+// Colours are converted many at a time, and one whose sums come close to whole numbers sends its neighbours along the
+// careful way. So each stands alone among as many pixels as go together at most, between pixels that send nobody.
 TEST(PixelConversion, RgbaOfEveryColourIsAsDefined) {
+    constexpr size_t kTogether = 64, kRow = 256 * kTogether;
+    constexpr uint8_t kPlain[] = {0, 1, 0, 0};
+    const AllottedArea area{kRow, 1};
+    Bytes rgba(4 * kRow), nv12(area.nv12Bytes());
+    for (size_t i = 0; i < 4 * kRow; ++i) rgba[i] = kPlain[i % 4];
     int differences = 0;
-    for (unsigned colour = 0; colour < 1u << 24; ++colour) {
-        const auto r = static_cast<uint8_t>(colour >> 16), g = static_cast<uint8_t>(colour >> 8);
-        const auto b = static_cast<uint8_t>(colour);
-        differences += rgbToLuma(r, g, b) != definedLuma(r, g, b);
-        differences += rgbToU(r, g, b) != definedU(r, g, b);
-        differences += rgbToV(r, g, b) != definedV(r, g, b);
+    for (size_t rg = 0; rg < 1u << 16; ++rg) {
+        for (size_t i = 0; i < kRow; i += 2) {
+            rgba[4 * i] = static_cast<uint8_t>(rg >> 8);
+            rgba[4 * i + 1] = static_cast<uint8_t>(rg);
+            rgba[4 * i + 2] = static_cast<uint8_t>(i / kTogether);
+        }
+        convertRgba8888(rgba.data(), area, nv12.data());
+        for (size_t i = 0; i < kRow; i += kTogether) {
+            const size_t r = rg >> 8, g = rg & 0xFF, b = i / kTogether;
+            differences += nv12[i] != definedLuma(r, g, b);
+            differences += nv12[kRow + i] != definedU(r, g, b);
+            differences += nv12[kRow + i + 1] != definedV(r, g, b);
+        }
     }
     EXPECT_EQ(0, differences);
+}
+
+TEST(PixelConversion, RgbaWorkedColours) {
+    const auto yuv = [](uint8_t r, uint8_t g, uint8_t b) {
+        constexpr size_t kSide = 64, kLuma = kSide * kSide;
+        Bytes pixels, nv12(AllottedArea{kSide, kSide}.nv12Bytes());
+        for (size_t i = 0; i < kLuma; ++i) pixels.insert(pixels.end(), {r, g, b, 9});
+        convertRgba8888(pixels.data(), {kSide, kSide}, nv12.data());
+        return std::vector<int>{nv12[kLuma - 1], nv12[kLuma * 3 / 2 - 2], nv12[kLuma * 3 / 2 - 1]};
+    };
+    EXPECT_THAT(yuv(255, 255, 255), ElementsAre(255, 128, 128));
+    EXPECT_THAT(yuv(0, 0, 0), ElementsAre(0, 128, 128));
+    EXPECT_THAT(yuv(0, 255, 255), ElementsAre(178, 165, 228)) << "-28 keeps its low eight bits";
+    EXPECT_THAT(yuv(255, 0, 0), ElementsAre(76, 90, 255));
 }
 
 TEST(PixelConversion, P010KeepsTheHighByteOfEverySample) {
