@@ -5,6 +5,7 @@
 #include <log/log.h>
 #include <media/MediaCodecBuffer.h>
 
+#include "HeicEncoderInfoManager.h"
 #include "QuillHeifEncoder.h"
 #include "TileLayout.h"
 
@@ -51,9 +52,16 @@ status_t QuillHeifEncoder::fillCodecBuffer(size_t index, uint8_t* frame, sp<Medi
         ALOGE("dstBuf is nullptr");
         return BAD_VALUE;
     }
-    memset(data, 0, tileBytes);  // an edge tile fills only its part
+    clearEdgeTile(data, mInputTileIndex, tileBytes);
     fillInputBuffer(data, frame, mInputTileIndex, static_cast<int>(tileBytes));
     return OK;
+}
+
+// Buffers come back with the tile they carried last. Beside the part that an edge tile fills, that would cost bits to
+// code and leave a piece of the picture where only a careless reader sees it.
+void QuillHeifEncoder::clearEdgeTile(void* buffer, int tileIndex, size_t bytes) const {
+    const TileArea tile = tileArea({mWidth, mStride, mVStride}, tileIndex);
+    if (tile.width < kTileSide || tile.rows < kTileSide) memset(buffer, 0, bytes);
 }
 
 int QuillHeifEncoder::fillInputBuffer(uint8_t* dst, uint8_t* frame, int tileIndex, int dstStride) {

@@ -67,6 +67,10 @@ int32_t QuillHeifEncoder::surfacePixelFormat() const {
     return mColorFormat == FORMAT_RGBA8888 ? static_cast<int32_t>(HAL_PIXEL_FORMAT_RGBA_8888) : kVendorP010SemiPlanar;
 }
 
+size_t QuillHeifEncoder::surfaceTileBytes(int32_t stride) const {
+    return static_cast<size_t>(mInputBufferSize) / kTileSide * static_cast<size_t>(stride);
+}
+
 status_t QuillHeifEncoder::queueInputDataToSurface(uint8_t* frame) {
     if (mInputTileIndex == mNumTiles) return OK;
 
@@ -87,21 +91,13 @@ status_t QuillHeifEncoder::queueInputDataToSurface(uint8_t* frame) {
     void* address = nullptr;
     buffer->lock(kSoftwareWrite, &address);
     if (address != nullptr) {
-        clearEdgeTile(address, mInputTileIndex, windowBuffer->stride);
+        clearEdgeTile(address, mInputTileIndex, surfaceTileBytes(windowBuffer->stride));
         fillInputBuffer(static_cast<uint8_t*>(address), frame, mInputTileIndex, windowBuffer->stride);
     }
     ++mInputTileIndex;
     buffer->unlock();
     mNativeWindow->queueBuffer(mNativeWindow.get(), windowBuffer, kNoFence);
     return OK;
-}
-
-// Surface buffers come back with the tile they carried last. Beside the part that an edge tile fills, that would cost
-// bits to code and leave a piece of the picture where only a careless reader sees it.
-void QuillHeifEncoder::clearEdgeTile(void* buffer, int tileIndex, int stride) const {
-    const TileArea tile = tileArea({mWidth, mStride, mVStride}, tileIndex);
-    if (tile.width == kTileSide && tile.rows == kTileSide) return;
-    memset(buffer, 0, static_cast<size_t>(mInputBufferSize) / kTileSide * static_cast<size_t>(stride));
 }
 
 void QuillHeifEncoder::releaseSurface() {

@@ -117,7 +117,10 @@ class QuillHeifEncoder : public RefBase {
     status_t drainOutput(Draining* draining, std::vector<sp<ABuffer>>& out);
     status_t collectOutput(size_t index, uint32_t flags, Draining* draining, std::vector<sp<ABuffer>>& out);
     status_t keepTile(const sp<ABuffer>& tile, Draining* draining, std::vector<sp<ABuffer>>& out);
-    void clearEdgeTile(void* buffer, int tileIndex, int stride) const;
+    /** Zeroes the `bytes` of a tile's buffer when the tile does not fill it. */
+    void clearEdgeTile(void* buffer, int tileIndex, size_t bytes) const;
+    /** Of a surface buffer of `stride` pixels a row. */
+    size_t surfaceTileBytes(int32_t stride) const;
     /** Lays the next tile into codec input buffer `index`, which `buffer` then holds. */
     status_t fillCodecBuffer(size_t index, uint8_t* frame, sp<MediaCodecBuffer>* buffer);
 

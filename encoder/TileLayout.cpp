@@ -15,6 +15,9 @@ constexpr int64_t kHalfSide = kTileSide / 2;
 constexpr int64_t kBytesP010 = 2;  // bytes a sample
 constexpr int64_t kBytesRgba = 4;  // bytes a pixel
 
+constexpr int64_t kCacheLine = 64;
+constexpr int64_t kBytesAhead = 4096;  // asked for before they are copied: 4096 to 16384 measure alike
+
 /** First sample of the tile in the luma plane, as an offset in samples. */
 int64_t lumaOrigin(const FrameGeometry& frame, const TileArea& tile) {
     return int64_t{kTileSide} * tile.row * frame.stride + int64_t{kTileSide} * tile.column;
@@ -30,6 +33,25 @@ TileCopies semiPlanarCopies(const FrameGeometry& frame, const TileArea& tile, in
     return {{{sampleBytes * lumaOrigin(frame, tile), 2 * pitch, 0, tilePitch, rowBytes, tile.rows},
              {sampleBytes * chromaOrigin, 2 * pitch, sampleBytes * kTileSamples, tilePitch, rowBytes, tile.rows / 2}},
             2};
+}
+
+const uint8_t* sourceRow(const uint8_t* frame, const PlaneCopy& plane, int64_t row) {
+    return frame + plane.sourceOffset + row * plane.sourcePitchTwice / 2;
+}
+
+/** Asks for a row's memory: a tile's rows lie too far apart for the processor to see by itself what comes next. */
+void prefetch(const uint8_t* row, int64_t bytes) {
+    for (int64_t offset = 0; offset < bytes; offset += kCacheLine) __builtin_prefetch(row + offset);
+}
+
+void copyPlane(uint8_t* destination, const uint8_t* frame, const PlaneCopy& plane) {
+    if (plane.rowBytes < 1) return;
+    const int64_t rowsAhead = std::max<int64_t>(1, kBytesAhead / plane.rowBytes);
+    for (int64_t row = 0; row < plane.rows; ++row) {
+        if (row + rowsAhead < plane.rows) prefetch(sourceRow(frame, plane, row + rowsAhead), plane.rowBytes);
+        memcpy(destination + plane.destinationOffset + row * plane.destinationPitch, sourceRow(frame, plane, row),
+               static_cast<size_t>(plane.rowBytes));
+    }
 }
 
 }  // namespace
@@ -67,13 +89,7 @@ TileCopies rgbaTileCopies(const FrameGeometry& frame, const TileArea& tile, int3
 }
 
 void copyTile(uint8_t* destination, const uint8_t* frame, const TileCopies& copies) {
-    for (size_t p = 0; p < copies.count; ++p) {
-        const PlaneCopy& plane = copies.planes[p];
-        for (int64_t row = 0; row < plane.rows; ++row) {
-            memcpy(destination + plane.destinationOffset + row * plane.destinationPitch,
-                   frame + plane.sourceOffset + row * plane.sourcePitchTwice / 2, static_cast<size_t>(plane.rowBytes));
-        }
-    }
+    for (size_t p = 0; p < copies.count; ++p) copyPlane(destination, frame, copies.planes[p]);
 }
 
 }  // namespace android
