@@ -7,7 +7,6 @@
 #include <string.h>
 
 #include <memory>
-#include <new>
 
 #include <cutils/properties.h>
 #include <log/log.h>
@@ -86,7 +85,8 @@ bool QuillHeifWriter::alterExif(uint8_t* yuv, uint8_t* oldExif, uint8_t* newExif
 // A photograph is never lost for its thumbnail: whatever fails here leaves the frame with its own copy of the block.
 void QuillHeifWriter::changeExif(uint8_t* yuv, uint8_t* exif, uint32_t exifSize, uint32_t initPosition) {
     const AllottedArea area{mStride, mSliceHeight};
-    const std::unique_ptr<uint8_t[]> source(new (std::nothrow) uint8_t[area.nv12Bytes()]());
+    // Zeroed, for an odd stride leaves bytes unwritten that are read; and by the system, which has zeroed it already.
+    const std::unique_ptr<uint8_t, decltype(&free)> source(static_cast<uint8_t*>(calloc(area.nv12Bytes(), 1)), free);
     if (source == nullptr || saveYuvBuf(yuv, source.get()) == -1) return;
     // Zeroed, because the spare byte in front of the new directory is never written.
     const std::unique_ptr<uint8_t[]> newExif(

@@ -3,6 +3,8 @@
 #include <stddef.h>
 #include <string.h>
 
+#include <algorithm>
+
 #include "WidestVectors.h"
 
 namespace android {
@@ -10,10 +12,18 @@ namespace android {
 namespace {
 
 constexpr int32_t kFewestWithChroma = 4;  // luma samples that share one chroma pair
+constexpr int64_t kCopyPiece = 65536;
 
 /** Keeps the high byte of `count` 16-bit little-endian samples. */
 QUILL_KERNEL void keepHighBytes(const uint8_t* source, ptrdiff_t count, uint8_t* destination) {
     for (ptrdiff_t i = 0; i < count; ++i) destination[i] = source[2 * i + 1];
+}
+
+/** Copied at once, so many megabytes would go past the caches, and the thumbnail's reading would wait for them. */
+void copyInPieces(const uint8_t* source, int64_t bytes, uint8_t* destination) {
+    for (int64_t at = 0; at < bytes; at += kCopyPiece) {
+        memcpy(destination + at, source + at, static_cast<size_t>(std::min(kCopyPiece, bytes - at)));
+    }
 }
 
 QUILL_KERNEL void interleave(const uint8_t* u, const uint8_t* v, ptrdiff_t pairs, uint8_t* destination) {
@@ -37,7 +47,7 @@ QUILL_KERNEL void keepHighBytesOfPlanes(const uint8_t* p010, const AllottedArea&
 
 void convertI420(const uint8_t* i420, const AllottedArea& area, uint8_t* nv12) {
     const int64_t luma = int64_t{area.stride} * area.sliceHeight;
-    memcpy(nv12, i420, static_cast<size_t>(luma));
+    copyInPieces(i420, luma, nv12);
     if (luma < kFewestWithChroma) return;
     const int64_t quarter = luma / 4;
     withWidestVectors<interleave>(i420 + luma, i420 + luma + quarter, static_cast<ptrdiff_t>(quarter), nv12 + luma);
