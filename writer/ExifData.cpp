@@ -14,6 +14,7 @@
 #include <media/stagefright/MediaMuxer.h>
 
 #include "ExifBlock.h"
+#include "InputColorFormat.h"
 #include "PixelConversion.h"
 #include "QuillHeifEncoder.h"
 #include "QuillHeifWriter.h"
@@ -84,16 +85,32 @@ bool QuillHeifWriter::alterExif(uint8_t* yuv, uint8_t* oldExif, uint8_t* newExif
 
 // A photograph is never lost for its thumbnail: whatever fails here leaves the frame with its own copy of the block.
 void QuillHeifWriter::changeExif(uint8_t* yuv, uint8_t* exif, uint32_t exifSize, uint32_t initPosition) {
-    const AllottedArea area{mStride, mSliceHeight};
-    // Zeroed, for an odd stride leaves bytes unwritten that are read; and by the system, which has zeroed it already.
-    const std::unique_ptr<uint8_t, decltype(&free)> source(static_cast<uint8_t*>(calloc(area.nv12Bytes(), 1)), free);
-    if (source == nullptr || saveYuvBuf(yuv, source.get()) == -1) return;
+    std::unique_ptr<uint8_t, void (*)(void*)> converted(nullptr, free);
+    uint8_t* const source = thumbnailSource(yuv, &converted);
+    if (source == nullptr) return;
     // Zeroed, because the spare byte in front of the new directory is never written.
     const std::unique_ptr<uint8_t[]> newExif(
             new (std::nothrow) uint8_t[size_t{exifSize} + thumbnailCapacity() + kThumbnailDirectorySize]());
     uint32_t size = exifSize;
-    if (!alterExif(source.get(), exif, newExif.get(), size, initPosition) || size == 0) return;
+    if (!alterExif(source, exif, newExif.get(), size, initPosition) || size == 0) return;
     replaceQueuedExif(newExif.get(), size);
+}
+
+// With an odd stride or slice height chroma is read that a camera's frame does not have.
+bool QuillHeifWriter::isReadableAsNv12() const {
+    const bool semiPlanar = mColorFormat == FORMAT_NV12 || mColorFormat == FORMAT_NV21;
+    return semiPlanar && mStride % 2 == 0 && mSliceHeight % 2 == 0;
+}
+
+uint8_t* QuillHeifWriter::thumbnailSource(uint8_t* frame, std::unique_ptr<uint8_t, void (*)(void*)>* converted) {
+    if (isReadableAsNv12()) {
+        ATRACE_NAME("saveYuvBuf");  // a still's traces name this step, also where nothing is left to do
+        return frame;
+    }
+    // Zeroed for what an odd stride leaves unwritten; and by the system, which hands out large blocks like that.
+    converted->reset(static_cast<uint8_t*>(calloc(AllottedArea{mStride, mSliceHeight}.nv12Bytes(), 1)));
+    if (*converted == nullptr || saveYuvBuf(frame, converted->get()) == -1) return nullptr;
+    return converted->get();
 }
 
 void QuillHeifWriter::replaceQueuedExif(const uint8_t* exif, uint32_t exifSize) {

@@ -154,6 +154,10 @@ class QuillHeifWriter : public AHandler {
     bool waitForLooper(int* budget) const;
     bool queueInputFrame(uint8_t* yuv, uint8_t* exif, uint32_t exifLen, int32_t fd, bool* needsThumbnail,
                          uint32_t* initPosition);
+    /** Whether the frame reads as NV12 where it lies, which any other has to be converted to. */
+    bool isReadableAsNv12() const;
+    /** The frame as 8-bit NV12: itself, or converted into new memory, which `converted` then holds; null on failure. */
+    uint8_t* thumbnailSource(uint8_t* frame, std::unique_ptr<uint8_t, void (*)(void*)>* converted);
     void replaceQueuedExif(const uint8_t* exif, uint32_t exifSize);
     void abandonFrame();
 
