@@ -7,6 +7,7 @@
 #include <string.h>
 
 #include <memory>
+#include <new>
 
 #include <cutils/properties.h>
 #include <log/log.h>
