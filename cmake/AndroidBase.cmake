@@ -14,3 +14,11 @@ target_link_libraries(android_base INTERFACE
 # Debian keeps these libraries in a folder of their own that the loader does not search.
 set(CMAKE_BUILD_RPATH ${ANDROID_BASE_LIBRARY_DIR})
 set(CMAKE_INSTALL_RPATH ${ANDROID_BASE_LIBRARY_DIR})
+
+if(CMAKE_CROSSCOMPILING)
+  # Needed by every program although none calls it: once loaded it is what libbacktrace, behind libutils, finds.
+  add_library(quill_7z SHARED ${PROJECT_SOURCE_DIR}/cmake/toolchains/SevenZip.c)
+  set_target_properties(quill_7z PROPERTIES PREFIX "" OUTPUT_NAME 7z)
+  target_link_options(android_base INTERFACE LINKER:--no-as-needed)
+  target_link_libraries(android_base INTERFACE quill_7z)
+endif()

@@ -104,7 +104,7 @@ TEST(DeviceLookUp, UnknownDeviceIsReportedOnceWithTheKnownOnes) {
 
 /** What this program, run once more behind `command` for the case below only, writes to standard error. */
 std::string errorsOf(const std::string& command) {
-    const std::string program = std::filesystem::read_symlink("/proc/self/exe");
+    const std::string program = QUILL_EMULATOR " " + std::filesystem::read_symlink("/proc/self/exe").string();
     FILE* const pipe = popen(
             ("exec 2>&1 >/dev/null; " + command + " " + program + " --gtest_filter=Child.LogsOneLinePerLevel").c_str(),
             "r");

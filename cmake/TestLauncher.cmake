@@ -2,11 +2,12 @@
 # that a test starts (readers of others, mostly) run without.
 option(QUILL_VALGRIND "Run the C++ tests under valgrind's memcheck" OFF)
 
-# How much slower than usual a watched processor is: waits and limits of the tests are stretched as much.
+# How much slower than usual a processor is that is watched or emulated: waits and limits of the tests are stretched as
+# much.
 set(QUILL_SLOWNESS 1)
 if(QUILL_SANITIZE)
   set(QUILL_SLOWNESS 5)
-elseif(QUILL_VALGRIND)
+elseif(QUILL_VALGRIND OR CMAKE_CROSSCOMPILING)
   set(QUILL_SLOWNESS 40)
 endif()
 
@@ -20,3 +21,4 @@ if(QUILL_VALGRIND)
     --leak-check=full --show-leak-kinds=definite --errors-for-leak-kinds=definite
     --suppressions=${PROJECT_SOURCE_DIR}/tests/sanitizers/valgrind.supp)
 endif()
+list(APPEND QUILL_TEST_LAUNCHER ${CMAKE_CROSSCOMPILING_EMULATOR})
