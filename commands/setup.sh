@@ -1,0 +1,67 @@
+# What every command begins with: packages, and builds by preset. Sourced by ./quill.
+# shellcheck shell=bash
+
+# The packages of the groups named, from the one list.
+packages() {
+    awk -v groups=" $* " '/^\[/ { wanted = index(groups, " " substr($0, 2, length($0) - 2) " ") } wanted && /^[a-z]/' \
+        "$root/packages.txt"
+}
+
+# is_installed PACKAGE[:ARCHITECTURE]; without one, the machine's own.
+is_installed() {
+    local architecture
+    architecture=$(dpkg --print-architecture 2>/dev/null) || return 1
+    case $1 in *:*) architecture=${1#*:} ;; esac
+    dpkg-query -W -f='${Architecture} ${db:Status-Status}\n' "${1%:*}" 2>/dev/null |
+        grep -qxE "($architecture|all) installed"
+}
+
+missing_packages() {
+    local package
+    packages "$@" | while read -r package; do
+        is_installed "$package" || echo "$package"
+    done
+}
+
+# install_packages GROUP...
+install_packages() {
+    local missing sudo=
+    missing=$(missing_packages "$@")
+    [ -n "$missing" ] || return 0
+    command -v apt-get >/dev/null || die "needs Debian 12's packages: ${missing//$'\n'/ }"
+    if [ "$(id -u)" != 0 ]; then
+        command -v sudo >/dev/null || die "needs root or sudo to install: ${missing//$'\n'/ }"
+        sudo=sudo
+    fi
+    echo "Installing ${missing//$'\n'/ }" >&2
+    case $missing in *:arm64*)
+        logged $sudo dpkg --add-architecture arm64 || die "dpkg cannot take arm64 packages"
+        ;;
+    esac
+    # shellcheck disable=SC2086
+    { logged $sudo apt-get update &&
+        logged $sudo env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends $missing; } ||
+        die "could not install the packages above; $log says why"
+}
+
+# Runs a command with its output in the log; shows the log's end when it fails.
+logged() {
+    mkdir -p "$root/build"
+    echo "\$ $*" >>"$log"
+    "$@" >>"$log" 2>&1 && return
+    tail -n 40 "$log" >&2
+    return 1
+}
+
+# build PRESET [TARGET...]
+build() {
+    local preset=$1 dir=$root/build/$1
+    shift
+    # A tree configured before the presets changed counts as not configured.
+    [ "$dir/build.ninja" -nt "$root/CMakePresets.json" ] || {
+        echo "Configuring ($preset)" >&2
+        (cd "$root" && logged cmake --preset "$preset") || die "cannot configure preset $preset"
+    }
+    ninja -C "$dir" -n "$@" 2>/dev/null | grep -q 'no work to do' || echo "Building ($preset)" >&2
+    logged cmake --build "$dir" ${1:+--target "$@"} || die "cannot build preset $preset"
+}
