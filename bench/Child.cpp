@@ -4,8 +4,7 @@
 //   still DEVICE FORMAT WIDTH HEIGHT PAIRS none|polling|encoder
 //       seconds, seconds of the bound, ratio, peak bytes beside the frame
 //   command PROGRAM [ARGUMENT]...
-//       seconds, peak bytes|encoder    seconds, seconds of the bound, ratio, peak bytes beside the frame
-//   command PROGRAM [ARGUMENT]...                      seconds, peak bytes
+//       seconds, peak bytes
 #include <cstdio>
 #include <cstdlib>
 #include <exception>

@@ -14,7 +14,7 @@ namespace {
 
 constexpr double kSecondsPerTwelveMegapixels = 0.010;
 constexpr double kSparePeak = 64 << 20;
-constexpr double kSmallestDifference = 1e-9;
+constexpr double kSmallestPeak = 1 << 20;  // below it other things than the picture's size decide
 
 /** One kind of still, measured in a process of its own. */
 struct StillFigures {
@@ -41,23 +41,31 @@ const StillFigures& freeStill(const StillSize& size, int pairs) {
     return freeStills()[size.row] = measureStill("free-codec", "nv12", size.width, size.height, pairs, "polling");
 }
 
-Figures againstPolling(const StillSize& size, int pairs) {
-    const StillFigures& still = freeStill(size, pairs);
-    const double bound = still.times.bound + kSecondsPerTwelveMegapixels * std::max(1.0, size.megapixels() / 12);
-    return {still.times.measured, bound, still.times.measured / bound, ""};
+Figures againstPolling(const Figures& still, double megapixels) {
+    const double bound = still.bound + kSecondsPerTwelveMegapixels * std::max(1.0, megapixels / 12);
+    return {still.measured, bound, still.measured / bound, ""};
 }
 
-/** What one more megapixel costs at the large end, against the small one. */
+/** What a megapixel costs in the largest picture, against the next smaller one. */
 template <typename Cost>
 Figures growth(const Effort& effort, Cost cost) {
-    const auto perMegapixel = [&](const StillSize& from, const StillSize& to) {
-        const double more = cost(freeStill(to, effort.stills)) - cost(freeStill(from, effort.stills));
-        return std::max(kSmallestDifference, more / (to.megapixels() - from.megapixels()));
+    const auto perMegapixel = [&](const StillSize& size) {
+        return cost(freeStill(size, effort.stills)) / size.megapixels();
     };
-    const size_t last = effort.sizes.size() - 1;
-    const double large = perMegapixel(effort.sizes[last - 1], effort.sizes[last]);
-    const double small = perMegapixel(effort.sizes[0], effort.sizes[last - 1]);
+    const double large = perMegapixel(effort.sizes.back());
+    const double small = perMegapixel(effort.sizes[effort.sizes.size() - 2]);
     return {large, small, large / small, ""};
+}
+
+/** The layouts that are converted for the thumbnail, where NV12 is read as it lies. */
+void addConvertedStill(const char* row, const char* format, const Effort& effort) {
+    addRow(row, [=] {
+        const Geometry& frame = effort.frame;
+        const double megapixels = static_cast<double>(frame.width) * frame.height / 1e6;
+        return againstPolling(
+                measureStill("free-codec", format, frame.width, frame.height, effort.stills, "polling").times,
+                megapixels);
+    });
 }
 
 void addMemory(const char* row, const char* format, const Effort& effort) {
@@ -74,19 +82,24 @@ std::vector<ScalingPoint> scalingOf(const Effort& effort) {
     for (const StillSize& size : effort.sizes) {
         if (freeStills().count(size.row) == 0) continue;
         const StillFigures& still = freeStill(size, effort.stills);
-        points.push_back(
-                {size.megapixels(), still.times.measured, againstPolling(size, effort.stills).bound, still.peakBytes});
+        const Figures figures = againstPolling(still.times, size.megapixels());
+        points.push_back({size.megapixels(), figures.measured, figures.bound, still.peakBytes});
     }
     return points;
 }
 
 void addFreeCodecStills(const Effort& effort) {
     for (const StillSize& size : effort.sizes) {
-        addRow(size.row, [=] { return againstPolling(size, effort.stills); });
+        addRow(size.row, [=] { return againstPolling(freeStill(size, effort.stills).times, size.megapixels()); });
     }
+    addConvertedStill("still/12mp-i420", "i420", effort);
+    addConvertedStill("still/12mp-p010", "p010", effort);
+    addConvertedStill("still/12mp-rgba", "rgba", effort);
     addRow("linear/time",
            [=] { return growth(effort, [](const StillFigures& still) { return still.times.measured; }); });
-    addRow("linear/memory", [=] { return growth(effort, [](const StillFigures& still) { return still.peakBytes; }); });
+    addRow("linear/memory", [=] {
+        return growth(effort, [](const StillFigures& still) { return std::max(kSmallestPeak, still.peakBytes); });
+    });
 }
 
 void addRealEncoderStills(const Effort& effort) {
