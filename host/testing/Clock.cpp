@@ -17,16 +17,15 @@ double stretch() {
     return asked > 0.0 ? asked : 1.0;
 }
 
-/** From `origin` on, this clock has run `originUs` and goes at 1 / `wallPerUs`. */
+/** From `origin` on, this clock has run `originUs` and goes at 1 / `wallPerUs`, which has the stretch in it. */
 struct Pace {
     std::mutex lock;
     Wall::time_point origin = Wall::now();
     double originUs = 0.0;
-    double wallPerUs = 1.0;
+    double wallPerUs = stretch();
 
     double nowUs() const {
-        const double wallUs = std::chrono::duration<double, std::micro>(Wall::now() - origin).count();
-        return originUs + wallUs / wallPerUs / stretch();
+        return originUs + std::chrono::duration<double, std::micro>(Wall::now() - origin).count() / wallPerUs;
     }
 };
 
@@ -46,7 +45,7 @@ void Clock::setScale(double wallPerMicrosecond) {
     const std::lock_guard<std::mutex> guard(pace().lock);
     pace().originUs = pace().nowUs();  // time goes on from where it is
     pace().origin = Wall::now();
-    pace().wallPerUs = wallPerMicrosecond;
+    pace().wallPerUs = wallPerMicrosecond * stretch();
 }
 
 double Clock::scale() const {
@@ -62,8 +61,7 @@ int64_t Clock::nowUs() const {
 void Clock::sleepUs(int64_t microseconds) const { std::this_thread::sleep_for(toWall(microseconds)); }
 
 std::chrono::nanoseconds Clock::toWall(int64_t microseconds) const {
-    return std::chrono::nanoseconds(
-            static_cast<int64_t>(static_cast<double>(microseconds) * 1000.0 * scale() * stretch()));
+    return std::chrono::nanoseconds(static_cast<int64_t>(static_cast<double>(microseconds) * 1000.0 * scale()));
 }
 
 }  // namespace quill::host

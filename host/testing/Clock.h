@@ -21,6 +21,7 @@ class Clock {
 
     /** Wall microseconds per microsecond of this clock; 1 is real time. */
     void setScale(double wallPerMicrosecond);
+    /** As set, stretched: what a wait by other means than this clock has to be multiplied by. */
     double scale() const;
 
     /** Monotonic; its zero is of no meaning. */
