@@ -119,15 +119,6 @@ TEST(EncoderFrame, RetryBudgetIsOneFrames) {
                                                 "E/encode heif (err -11(WOULD_BLOCK))"));
 }
 
-TEST(EncoderFrame, SecondFrameFeedsNothing) {
-    Encoding coding(FORMAT_NV12);
-    ASSERT_EQ(OK, coding.encode());
-    Clock::instance().setScale(0.001);
-    EXPECT_EQ(-11, coding.encode());
-    EXPECT_EQ(1, coding.calls("MediaCodec::queueInputBuffer"));
-    EXPECT_EQ(1u, coding.out.size());
-}
-
 TEST(EncoderFrame, NewsOfTheCodecIsNotOutput) {
     Encoding coding(FORMAT_NV12, kSmall, "5");
     fail(kDequeueOutput, -1014, 1, 2);
@@ -137,29 +128,12 @@ TEST(EncoderFrame, NewsOfTheCodecIsNotOutput) {
     EXPECT_EQ(2, coding.log.count("D/QuillHeifEncoder: Received format change"));
 }
 
-TEST(EncoderFrame, FullCodecIsFedAgainAfterDraining) {
-    Encoding coding(FORMAT_NV12, kFourTiles);
-    fail("MediaCodec::dequeueInputBuffer", -11, 2, 2);
-    EXPECT_EQ(OK, coding.encode());
-    EXPECT_EQ(4u, coding.out.size());
-    EXPECT_EQ(4, coding.calls("MediaCodec::queueInputBuffer"));
-}
-
 TEST(EncoderFrame, FailedQueueStopsNoOtherTile) {
     Encoding coding(FORMAT_NV12, kFourTiles);
     fail("MediaCodec::queueInputBuffer", -12, 1);
     EXPECT_EQ(OK, coding.encoder->queueInputDataToByteBuffer(coding.frame.bytes.data(), 1500))
             << "the last one's status";
     EXPECT_EQ(4, coding.calls("MediaCodec::queueInputBuffer"));
-}
-
-TEST(EncoderFrame, SurfaceTakesOneTileACall) {
-    Encoding coding(FORMAT_RGBA8888, kFourTiles);
-    EXPECT_EQ(OK, coding.encode());
-    EXPECT_EQ(4u, coding.out.size());
-    EXPECT_EQ(4, coding.calls("ANativeWindow::queueBuffer"));
-    EXPECT_EQ(1, coding.calls("native_window_api_disconnect"));
-    EXPECT_EQ(0, coding.calls("MediaCodec::queueInputBuffer"));
 }
 
 }  // namespace

@@ -23,13 +23,6 @@ using testing::HasSubstr;
 
 constexpr char kTag[] = "NativeHeifWriter";
 
-std::vector<std::string> namesOf(const std::vector<FakeVm::Method>& methods) {
-    std::vector<std::string> names;
-    names.reserve(methods.size());
-    for (const FakeVm::Method& method : methods) names.push_back(method.name);
-    return names;
-}
-
 /** Loads the library with its last words on standard error. */
 void loadAloud(FakeVm& java) {
     __android_log_set_aborter([](const char* message) {
@@ -39,44 +32,22 @@ void loadAloud(FakeVm& java) {
     JNI_OnLoad(java.vm(), nullptr);
 }
 
-TEST(JniRegistration, SixMethodsInOrder) {
-    FakeVm java;
-    EXPECT_EQ(0x00010004, JNI_OnLoad(java.vm(), nullptr));
-    EXPECT_EQ("com/quill/media/QuillHeifWriter", java.registeredClass);
-    const std::pair<const char*, const char*> kMethods[] = {
-            {"nativeSetup", "()J"},
-            {"nativeCreate", "(JIIIIIII)J"},
-            {"nativeProcessHeicPhotoFrame", "(J[B[BLjava/io/FileDescriptor;)J"},
-            {"nativeCreateLivePhoto", "(J[B[BLjava/io/FileDescriptor;Lcom/quill/media/QuillHeifWriter$Options;)J"},
-            {"nativeCreateLivePhotoByBmp",
-             "(JLandroid/graphics/Bitmap;[BLjava/io/FileDescriptor;Lcom/quill/media/QuillHeifWriter$Options;)J"},
-            {"nativeDestory", "(J)V"},
-    };
-    ASSERT_EQ(std::size(kMethods), java.registered.size());
-    for (size_t i = 0; i < java.registered.size(); ++i) {
-        EXPECT_EQ(kMethods[i].first, java.registered[i].name);
-        EXPECT_EQ(kMethods[i].second, java.registered[i].signature);
-    }
-    EXPECT_EQ(reinterpret_cast<void*>(nativeSetup), java.registered.front().entry);
-    EXPECT_EQ(reinterpret_cast<void*>(nativeDestory), java.registered.back().entry);
-    const std::string options = "com/quill/media/QuillHeifWriter$Options ";
-    EXPECT_THAT(java.fields, ElementsAre(options + "xmpData Ljava/lang/String;", options + "fileExtender [B",
-                                         options + "gainmapFd Ljava/io/FileDescriptor;",
-                                         options + "videoFd Ljava/io/FileDescriptor;"));
-}
-
 TEST(JniRegistration, PatternShapesTheNames) {
-    for (const auto& [pattern, first, last] :
-         {std::tuple("pre_${method}_post", "pre_nativeSetup_post", "pre_nativeDestory_post"),
-          std::tuple("$$${method}${method}", "$$nativeSetup${method}", "$$nativeDestory${method}"),
-          std::tuple("${method}", "nativeSetup", "nativeDestory")}) {
+    for (const auto& [pattern, before, behind] : {std::tuple("${method}", "", ""),
+                                                  {"pre_${method}_post", "pre_", "_post"},
+                                                  {"$$${method}${method}", "$$", "${method}"}}) {
         FakeVm java;
         jniMethodFormat = pattern;
-        EXPECT_EQ(JNI_VERSION_1_4, JNI_OnLoad(java.vm(), nullptr));
-        const std::vector<std::string> names = namesOf(java.registered);
-        ASSERT_EQ(6u, names.size());
-        EXPECT_EQ(first, names.front());
-        EXPECT_EQ(last, names.back());
+        EXPECT_EQ(0x00010004, JNI_OnLoad(java.vm(), nullptr));
+        EXPECT_EQ("com/quill/media/QuillHeifWriter", java.registeredClass);
+        std::vector<std::string> expected;
+        for (const std::string name : {"nativeSetup", "nativeCreate", "nativeProcessHeicPhotoFrame",
+                                       "nativeCreateLivePhoto", "nativeCreateLivePhotoByBmp", "nativeDestory"}) {
+            expected.push_back(before + name + behind);
+        }
+        std::vector<std::string> names;
+        for (const FakeVm::Method& method : java.registered) names.push_back(method.name);
+        EXPECT_EQ(expected, names);
     }
 }
 
@@ -111,23 +82,6 @@ TEST(JniRegistration, DetachedThreadIsAnError) {
     EXPECT_TRUE(java.registered.empty());
 }
 
-TEST(JniOptions, FieldsAreReadByName) {
-    FakeVm java;
-    JNI_OnLoad(java.vm(), nullptr);
-    FakeVm::Object xmp, extender, gainmap, video, options;
-    options.fields = {{"xmpData", FakeVm::asJava(&xmp)},
-                      {"fileExtender", FakeVm::asJava(&extender)},
-                      {"gainmapFd", FakeVm::asJava(&gainmap)},
-                      {"videoFd", FakeVm::asJava(&video)}};
-    const ParsedOptions all = parseOptions(java.env(), FakeVm::asJava(&options));
-    EXPECT_EQ(FakeVm::asJava(&xmp), all.xmpData);
-    EXPECT_EQ(FakeVm::asJava(&extender), all.fileExtender);
-    EXPECT_EQ(FakeVm::asJava(&gainmap), all.gainmapFd);
-    EXPECT_EQ(FakeVm::asJava(&video), all.videoFd);
-    const ParsedOptions none = parseOptions(java.env(), nullptr);
-    EXPECT_TRUE(!none.xmpData && !none.fileExtender && !none.gainmapFd && !none.videoFd);
-}
-
 constexpr Geometry kSmall{64, 64, 64, 64};
 
 /** A Java writer object and its calls. */
@@ -153,26 +107,41 @@ struct JavaWriter {
     jlong handle;
 };
 
-FakeVm::Object descriptor(int fd) {
-    FakeVm::Object object;
-    object.fd = fd;
-    return object;
-}
-
-TEST(JniMethods, StillLetsGoOfItsArrayItsWriterAndItsDescriptor) {
+TEST(JniMethods, StillIsLoggedAndKeepsTheDescriptorOpen) {
     const LogCapture log;
     JavaWriter writer;
     EXPECT_EQ(0, writer.create());
     const TemporaryFile file;
-    FakeVm::Object fd = descriptor(file.fd());
+    FakeVm::Object fd;
+    fd.fd = file.fd();
     EXPECT_EQ(0, writer.process(&fd));
     writer.destroy();
-    EXPECT_EQ(0, writer.frame.pins);
-    EXPECT_EQ(0, writer.frame.releaseMode) << "the chroma swap is copied back";
     EXPECT_THAT(log.of(kTag), ElementsAre("I/quality:95", "D/native_setup: fd " + std::to_string(file.fd())));
     EXPECT_TRUE(log.has("D/QuillHeifWriter: ~QuillHeifWriter()")) << "the Java object's reference was the last";
-    EXPECT_THAT(writer.java.thrown, testing::IsEmpty());
     EXPECT_NE(-1, fcntl(file.fd(), F_GETFD)) << "the descriptor stays the caller's";
+}
+
+TEST(JniMethods, ReadOnlyOutputIsLoggedForAnArrayButNotForABitmap) {
+    FakeVm java;
+    JNI_OnLoad(java.vm(), nullptr);
+    const TemporaryFile file;
+    FakeVm::Object object, options, video, output;
+    FakeVm::Array frame;
+    video.fd = file.fd();
+    options.fields["videoFd"] = FakeVm::asJava(&video);
+    output.fd = open(file.path().c_str(), O_RDONLY | O_CLOEXEC);
+    const auto write = [&](auto method, auto picture) {
+        return method(java.env(), FakeVm::asJava(&object), 0, picture, nullptr, FakeVm::asJava(&output),
+                      FakeVm::asJava(&options));
+    };
+    const LogCapture log;
+    EXPECT_EQ(-1, write(nativeCreateLivePhotoByBmp, FakeVm::asJava(&object)));
+    EXPECT_THAT(log.lines(), ElementsAre());
+    EXPECT_EQ(-1, write(nativeCreateLivePhoto, FakeVm::asJava(&frame)));
+    EXPECT_THAT(log.lines(), ElementsAre("E/NativeHeifWriter: File descriptor is not in read-write mode or write-only "
+                                         "mode!"));
+    EXPECT_THAT(java.thrown, ElementsAre()) << "before the handle is looked at";
+    close(output.fd);
 }
 
 TEST(JniMethods, UnknownCallerThrows) {

@@ -2,14 +2,12 @@
 #include <gmock/gmock.h>
 #include <stdlib.h>
 
-#include <functional>
-#include <random>
+#include <algorithm>
 
 #include "Downscale.h"
-#include "PixelConversion.h"
+#include "InputColorFormat.h"
 #include "QuillHeifWriter.h"
 #include "ThumbnailJpeg.h"
-#include "support/CameraFrames.h"
 #include "support/JpegReader.h"
 
 namespace {
@@ -17,54 +15,6 @@ namespace {
 using namespace android;
 using namespace quill::test;
 using Bytes = std::vector<uint8_t>;
-
-/** An NV12 frame whose buffer ends where a frame of its area may be read to. */
-struct Frame {
-    Frame(const Geometry& size, const std::function<int(int, int)>& luma)
-            : geometry(size), bytes(AllottedArea{size.stride, size.sliceHeight}.nv12Bytes()) {
-        std::minstd_rand random(3);
-        for (uint8_t& byte : bytes) byte = static_cast<uint8_t>(random() >> 8);
-        for (int y = 0; luma && y < size.sliceHeight; ++y) {
-            for (int x = 0; x < size.stride; ++x) {
-                bytes[static_cast<size_t>(y) * size.stride + x] = static_cast<uint8_t>(luma(x, y));
-            }
-        }
-    }
-    Nv12Frame view() const {
-        return {bytes.data(), geometry.width, geometry.height, geometry.stride, geometry.sliceHeight};
-    }
-    Geometry geometry;
-    Bytes bytes;
-};
-
-int definedSample(const Frame& frame, int x, int y) {
-    const auto at = [&](int column, int row) {
-        return frame.bytes[static_cast<size_t>(row) * frame.geometry.stride + column];
-    };
-    if (x + 12 >= frame.geometry.width || y + 12 >= frame.geometry.height) return at(x, y);
-    double sum = 0;
-    for (int i = 0; i < 16; ++i) sum += at(x + i % 4 * 3, y + i / 4 * 3) / 16.0;
-    return static_cast<int>(sum);
-}
-
-void defineThumbnail(const Frame& frame, const ThumbnailSize& size, Bytes& out) {
-    const Geometry& g = frame.geometry;
-    const float xScale = static_cast<float>(g.width) / static_cast<float>(size.width);
-    const float yScale = static_cast<float>(g.height) / static_cast<float>(size.height);
-    for (int j = 0; j < size.height; ++j) {
-        for (int i = 0; i < size.width; ++i) {
-            const int x = std::min(static_cast<int>(xScale * static_cast<float>(i)), g.width - 1);
-            const int y = std::min(static_cast<int>(yScale * static_cast<float>(j)), g.height - 1);
-            out[j * size.width + i] = static_cast<uint8_t>(definedSample(frame, x, y));
-            for (int k = 0; k < 2; ++k) {
-                const int source = g.stride * g.sliceHeight + 2 * (x / 2) + g.stride * (y / 2) + k;
-                uint8_t& sum = out[size.width * size.height + (i & ~1) + size.width * (j / 2) + k];
-                const double added = sum + static_cast<double>(frame.bytes[source] >> 2);
-                sum = static_cast<uint8_t>(added >= 255 ? 254 : added);
-            }
-        }
-    }
-}
 
 /** An NV12 thumbnail with something to see in all three planes. */
 Bytes pattern(const ThumbnailSize& size) {
@@ -92,41 +42,20 @@ double distance(const Bytes& nv12, const ReadJpeg& jpeg) {
 }
 
 TEST(Downscaling, SamplesAreFilteredUpToThirteenFromTheEdge) {
-    const Frame frame({40, 30, 40, 30}, [](int x, int y) { return x + 3 * y; });
+    constexpr int kWidth = 40, kHeight = 30;
+    Bytes luma;
+    for (int i = 0; i < kWidth * kHeight; ++i) luma.push_back(static_cast<uint8_t>(i % kWidth + 3 * (i / kWidth)));
+    const Nv12Frame frame{luma.data(), kWidth, kHeight, kWidth, kHeight};
     constexpr int kMiddle = 18;  // mean of 0, 3, 6, 9 to the right, and three times that further down
-    EXPECT_EQ(27 + 3 * 5 + kMiddle, sampleLuma(frame.view(), 27, 5)) << "width - 13";
-    EXPECT_EQ(28 + 3 * 5, sampleLuma(frame.view(), 28, 5)) << "width - 12";
-    EXPECT_EQ(4 + 3 * 17 + kMiddle, sampleLuma(frame.view(), 4, 17)) << "height - 13";
-    EXPECT_EQ(4 + 3 * 18, sampleLuma(frame.view(), 4, 18)) << "height - 12";
-    EXPECT_EQ(39 + 3 * 29, sampleLuma(frame.view(), 39, 29));
-}
-
-TEST(Downscaling, WholeThumbnailsAreAsDefined) {
-    const struct {
-        Geometry frame;
-        ThumbnailSize size;
-    } kCases[] = {
-            {{640, 480, 640, 480}, {256, 192}}, {{1001, 701, 1024, 704}, {256, 180}},
-            {{333, 517, 333, 517}, {256, 398}}, {{257, 193, 260, 201}, {256, 192}},
-            {{100, 75, 128, 80}, {256, 192}},   {{13, 13, 13, 13}, {256, 256}},
-            {{14, 12, 15, 13}, {256, 220}},     {{1, 1, 1, 1}, {256, 256}},
-            {{2, 1, 3, 2}, {256, 128}},         {{1, 3, 1, 3}, {256, 768}},
-            {{600, 10, 600, 10}, {256, 4}},     {{600, 2, 600, 2}, {256, 0}},
-    };
-    for (const auto& test : kCases) {
-        const Frame frame(test.frame, nullptr);
-        Bytes expected(static_cast<size_t>(test.size.yuvBytes())), actual = expected;
-        defineThumbnail(frame, test.size, expected);
-        downscaleNv12(frame.view(), test.size, actual.data());
-        EXPECT_TRUE(expected == actual) << test.frame.width << " x " << test.frame.height;
-    }
+    EXPECT_EQ(27 + 3 * 5 + kMiddle, sampleLuma(frame, 27, 5)) << "width - 13";
+    EXPECT_EQ(28 + 3 * 5, sampleLuma(frame, 28, 5)) << "width - 12";
+    EXPECT_EQ(4 + 3 * 17 + kMiddle, sampleLuma(frame, 4, 17)) << "height - 13";
+    EXPECT_EQ(4 + 3 * 18, sampleLuma(frame, 4, 18)) << "height - 12";
+    EXPECT_EQ(39 + 3 * 29, sampleLuma(frame, 39, 29));
 }
 
 TEST(Downscaling, ChromaSumsStopAt254) {
-    const Frame frame({2, 2, 2, 2}, [](int, int) { return 0; });
-    Bytes source = frame.bytes;
-    source[4] = 255;
-    source[5] = 7;
+    const Bytes source = {0, 0, 0, 0, 255, 7};
     Bytes thumbnail(ThumbnailSize{2, 2}.yuvBytes());
     downscaleNv12({source.data(), 2, 2, 2, 2}, {2, 2}, thumbnail.data());
     EXPECT_EQ(252, thumbnail[4]) << "four quarters, each rounded down";
@@ -187,17 +116,9 @@ TEST(ThumbnailSizes, FollowTheFrame) {
         int width, height, thumbnailHeight;
     } kCases[] = {{1920, 1080, 144}, {4000, 3000, 192}, {3000, 4000, 342}, {640, 640, 256}, {641, 5, 2}, {256, 1, 2}};
     for (const auto& test : kCases) {
-        const Frame frame({test.width, test.height, test.width, test.height}, [](int x, int y) { return x + y; });
         const sp<QuillHeifWriter> writer = new QuillHeifWriter;
         writer->initEncoder(test.width, test.height, test.width, test.height, FORMAT_NV12, 95, 0);
-        ASSERT_EQ(size_t{256} * 3 / 2 * test.thumbnailHeight, writer->thumbnailCapacity());
-        Bytes source = frame.bytes, jpeg(writer->thumbnailCapacity());
-        const int bytes = writer->creatThmb(source.data(), jpeg.data());
-        if (test.thumbnailHeight > 2) {
-            ASSERT_GT(bytes, 0);
-            jpeg.resize(static_cast<size_t>(bytes));
-            EXPECT_EQ(test.thumbnailHeight, readJpeg(jpeg).height);
-        }
+        EXPECT_EQ(size_t{256} * 3 / 2 * test.thumbnailHeight, writer->thumbnailCapacity()) << test.width;
         writer->close();
     }
 }

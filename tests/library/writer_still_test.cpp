@@ -77,21 +77,15 @@ INSTANTIATE_TEST_SUITE_P(, Stills, testing::Combine(testing::ValuesIn(kFormats),
                              return std::string(std::get<0>(info.param).name) + std::get<1>(info.param).name;
                          });
 
-TEST(WriterStill, FreeCodecGivesGreyStillsOfEveryFormatAndShape) {
+TEST(WriterStill, FreeCodecGivesGreyStills) {
     setenv("QUILL_DEVICE", "free-codec", 1);
-    for (const auto& format : kFormats) {
-        for (const Geometry& geometry : {Geometry{301, 199, 320, 200}, Geometry{1000, 700, 1024, 704}}) {
-            Still still(makeFrame(format.format, geometry));
-            ASSERT_EQ(0, still.write()) << format.name;
-            const ReadStill read = readStill(still.file.path());
-            ASSERT_EQ("", read.error) << format.name;
-            EXPECT_EQ(geometry.width, read.shownWidth);
-            const uint16_t grey = format.format == FORMAT_P010 ? 514 : 128;
-            for (const auto* plane : {&read.planes.y, &read.planes.u, &read.planes.v}) {
-                const auto [darkest, lightest] = std::minmax_element(plane->begin(), plane->end());
-                EXPECT_EQ(grey, *darkest) << format.name;
-                EXPECT_EQ(grey, *lightest) << format.name;
-            }
+    for (const auto& [format, grey] : {std::pair(FORMAT_NV12, 128), {FORMAT_P010, 514}, {FORMAT_RGBA8888, 128}}) {
+        Still still(makeFrame(format, {1000, 700, 1024, 704}));
+        ASSERT_EQ(0, still.write());
+        const ReadStill read = readStill(still.file.path());
+        ASSERT_EQ("", read.error) << format;
+        for (const auto* plane : {&read.planes.y, &read.planes.u, &read.planes.v}) {
+            EXPECT_THAT(*plane, testing::Each(grey)) << format;
         }
     }
 }

@@ -47,13 +47,15 @@ void readPlanes(const heif_image_handle* handle, ReadStill* still) {
     planes.v = planeOf(decoded, heif_channel_Cr, planes.chromaWidth(), planes.chromaHeight(), planes.depth);
 }
 
-void readExif(const heif_image_handle* handle, ReadStill* still) {
+/** Bodies of the metadata items of `type`, each from its byte `begin` on. */
+template <typename Body>
+void readMetadata(const heif_image_handle* handle, const char* type, size_t begin, std::vector<Body>* bodies) {
     std::vector<heif_item_id> ids(16);
-    const int count = heif_image_handle_get_list_of_metadata_block_IDs(handle, "Exif", ids.data(), 16);
+    const int count = heif_image_handle_get_list_of_metadata_block_IDs(handle, type, ids.data(), 16);
     for (int i = 0; i < count; ++i) {
-        std::vector<uint8_t> body(heif_image_handle_get_metadata_size(handle, ids[i]));
+        Body body(heif_image_handle_get_metadata_size(handle, ids[i]), 0);
         heif_image_handle_get_metadata(handle, ids[i], body.data());
-        still->exif.emplace_back(body.begin() + std::min(kOffsetField, body.size()), body.end());
+        bodies->emplace_back(body.begin() + std::min(begin, body.size()), body.end());
     }
 }
 
@@ -73,7 +75,8 @@ ReadStill readStill(const std::string& path, bool decode) {
     still.topLevelImages = heif_context_get_number_of_top_level_images(context.get());
     still.shownWidth = heif_image_handle_get_width(primary);
     still.shownHeight = heif_image_handle_get_height(primary);
-    readExif(primary, &still);
+    readMetadata(primary, "Exif", kOffsetField, &still.exif);
+    readMetadata(primary, "mime", 0, &still.xmp);
     if (decode) readPlanes(primary, &still);
     return still;
 }

@@ -17,6 +17,7 @@ struct ReadStill {
     Planes planes;  ///< decoded, rotation not applied
     /** Bodies of the EXIF items, behind the four bytes that say where the TIFF header is. */
     std::vector<std::vector<uint8_t>> exif;
+    std::vector<std::string> xmp;
 };
 
 /** `decode` false reads the structure only and leaves the planes empty. */
