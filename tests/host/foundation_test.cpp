@@ -131,26 +131,6 @@ TEST(ABuffer, RangeStaysInsideTheCapacity) {
     EXPECT_EQ(8u, buffer->capacity());
 }
 
-TEST(AString, TrimsFindsAndCompares) {
-    AString text(" \tC2.Quill.HEVC \n");
-    text.trim();
-    EXPECT_STREQ("C2.Quill.HEVC", text.c_str());
-    EXPECT_TRUE(text.startsWithIgnoreCase("c2.quill."));
-    EXPECT_FALSE(text.startsWith("c2"));
-    EXPECT_TRUE(text.endsWith("HEVC"));
-    EXPECT_FALSE(text.endsWith("a suffix longer than the text"));
-    EXPECT_EQ(2, text.find("."));
-    EXPECT_EQ(8, text.find(".", 3));
-    EXPECT_EQ(-1, text.find("avc"));
-    AString blank(" \n ");
-    blank.trim();
-    EXPECT_TRUE(blank.empty());
-    AString size = AStringPrintf("%d", 64);
-    size.append("x");
-    size.append(48u);
-    EXPECT_EQ(AString("64x48"), size);
-}
-
 TEST_F(Looper, DeliversByDueTimeAndThenInPostingOrder) {
     message(4)->post(7'200'000'000);
     message(3)->post(3'600'000'000);
@@ -242,20 +222,6 @@ TEST_F(Looper, StopReleasesAWaitingSender) {
     received.get_future().wait();
     mLooper->stop();
     EXPECT_EQ(-ENOENT, sender.get());
-}
-
-TEST_F(Looper, ManyPostersLoseNothing) {
-    constexpr size_t kPosters = 4;
-    constexpr size_t kEach = 250;
-    ASSERT_EQ(OK, mLooper->start());
-    std::vector<std::thread> posters;
-    for (size_t i = 0; i < kPosters; ++i) {
-        posters.emplace_back([&] {
-            for (size_t n = 0; n < kEach; ++n) message(1)->post(static_cast<int64_t>(n % 3));
-        });
-    }
-    for (std::thread& poster : posters) poster.join();
-    EXPECT_EQ(kPosters * kEach, mRecorder->waitFor(kPosters * kEach).size());
 }
 
 }  // namespace

@@ -184,24 +184,6 @@ TEST(Surface, DequeueWaitsWhileAllBuffersAreOut) {
     EXPECT_EQ(acquired->getNativeBuffer(), dequeued);
 }
 
-TEST(Surface, FramesArriveInOrderWithTheirTimes) {
-    Window producer(3);
-    std::vector<int> heard;
-    // Acquires from inside the call: the queue is not locked then.
-    producer.queue->setFrameListener([&] { heard.push_back(markOf(producer.queue->acquire())); });
-    producer.queueMarked(10);
-    producer.queueMarked(11);
-    EXPECT_THAT(heard, testing::ElementsAre(10, 11));
-
-    producer.queue->setFrameListener(nullptr);
-    native_window_set_buffers_timestamp(producer.window, 132000);
-    producer.queueMarked(12);
-    IGraphicBufferProducer::QueueBufferInput input;
-    EXPECT_EQ(12, markOf(producer.queue->acquire(&input)));
-    EXPECT_EQ(132000, input.timestamp);
-    EXPECT_EQ(nullptr, producer.queue->acquire());
-}
-
 TEST(Surface, TakesBackOnlyWhatIsDequeuedAndAlwaysTheFence) {
     Window producer(2);
     int ends[2];
@@ -245,24 +227,6 @@ TEST(Surface, AbandonedQueueFailsTheProducer) {
     EXPECT_EQ(-ENODEV, ANativeWindow_getWidth(producer.window));
     EXPECT_EQ(0, native_window_api_disconnect(producer.window, NATIVE_WINDOW_API_CPU));
     EXPECT_EQ(-ENODEV, native_window_api_connect(producer.window, NATIVE_WINDOW_API_CPU));
-}
-
-TEST(Surface, ManyFramesPassBetweenThreadsWhole) {
-    constexpr int kFrames = 500;
-    Window producer(3);
-    std::thread consumer([&] {
-        for (int expected = 0; expected < kFrames;) {
-            const sp<GraphicBuffer> frame = producer.queue->acquire();
-            if (frame == nullptr) {
-                std::this_thread::yield();
-                continue;
-            }
-            ASSERT_EQ(expected++, markOf(frame));
-            producer.queue->release(frame);
-        }
-    });
-    for (int mark = 0; mark < kFrames; ++mark) producer.queueMarked(mark);
-    consumer.join();
 }
 
 }  // namespace

