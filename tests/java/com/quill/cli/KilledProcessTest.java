@@ -42,15 +42,6 @@ class KilledProcessTest {
         }
     }
 
-    private static byte[] run(String... command) throws IOException, InterruptedException {
-        ProcessBuilder builder = new ProcessBuilder(command).redirectError(ProcessBuilder.Redirect.INHERIT);
-        builder.environment().remove("LD_PRELOAD");  // a sanitizer's runtime is for our own code
-        Process process = builder.start();
-        byte[] output = process.getInputStream().readAllBytes();
-        assertEquals(0, process.waitFor(), String.join(" ", command));
-        return output;
-    }
-
     private Process startLoop(Path out) throws IOException {
         Path small = Pictures.writeJpeg(mFolder.resolve("small.jpg"), 320, 240);
         Path large = Pictures.writeJpeg(mFolder.resolve("large.jpg"), 800, 600);
@@ -73,9 +64,9 @@ class KilledProcessTest {
 
     private static void assertWhole(Path file) throws Exception {
         assertDoesNotThrow(() -> HeifFileCheck.check(file), file::toString);
-        run("heif-info", file.toString());
+        Programs.run("heif-info", file.toString());
         if (file.endsWith("live.heic")) {
-            byte[] video = run("exiftool", "-b", "-MotionPhotoVideo", file.toString());
+            byte[] video = Programs.run("exiftool", "-b", "-MotionPhotoVideo", file.toString());
             assertArrayEquals(Files.readAllBytes(kClip), video);
         }
     }

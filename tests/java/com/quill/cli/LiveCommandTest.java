@@ -75,15 +75,6 @@ class LiveCommandTest {
         }
     }
 
-    private static byte[] run(String... command) throws IOException, InterruptedException {
-        ProcessBuilder builder = new ProcessBuilder(command).redirectError(ProcessBuilder.Redirect.DISCARD);
-        builder.environment().remove("LD_PRELOAD");  // a sanitizer's runtime is for our own code
-        Process process = builder.start();
-        byte[] output = process.getInputStream().readAllBytes();
-        assertEquals(0, process.waitFor(), command[0]);
-        return output;
-    }
-
     private static NodeList items(byte[] xmp) throws Exception {
         return DocumentBuilderFactory.newInstance().newDocumentBuilder().parse(new ByteArrayInputStream(xmp))
                 .getElementsByTagName("Container:Item");
@@ -103,17 +94,17 @@ class LiveCommandTest {
                 mErr::toString);
         assertTrue(mOut.toString().contains("1.5 s H.264"), mOut.toString());
         Path output = in("photo.MP.heic");
-        byte[] extracted = run("exiftool", "-b", "-MotionPhotoVideo", output.toString());
+        byte[] extracted = Programs.run("exiftool", "-b", "-MotionPhotoVideo", output.toString());
         assertArrayEquals(clip, extracted);
         Path video = Files.write(in("extracted.mp4"), extracted);
-        String codec = new String(run("ffprobe", "-v", "error", "-show_entries", "stream=codec_name", video.toString()),
+        String codec = new String(Programs.run("ffprobe", "-v", "error", "-show_entries", "stream=codec_name", video.toString()),
                 StandardCharsets.US_ASCII);
         assertTrue(codec.contains("codec_name=h264"), codec);
-        run("heif-convert", output.toString(), in("still.png").toString());
+        Programs.run("heif-convert", output.toString(), in("still.png").toString());
         assertEquals(160, ImageIO.read(in("still.png").toFile()).getWidth());
 
         byte[] file = Files.readAllBytes(output);
-        NodeList items = items(run("exiftool", "-b", "-XMP", output.toString()));
+        NodeList items = items(Programs.run("exiftool", "-b", "-XMP", output.toString()));
         assertEquals(4, items.getLength());
         int at = file.length;
         for (int i = items.getLength() - 1; i > 0; --i) {
@@ -133,7 +124,7 @@ class LiveCommandTest {
         Files.writeString(in("packet.xmp"), "\uFEFF" + packet);
         assertEquals(0, live(mPhoto, "--video", kClip, "--xmp", in("packet.xmp"), "-o", in("out.heic")),
                 mErr::toString);
-        byte[] source = run("exiftool", "-b", "-XMP-dc:Source", in("out.heic").toString());
+        byte[] source = Programs.run("exiftool", "-b", "-XMP-dc:Source", in("out.heic").toString());
         assertEquals("Straße \uD83D\uDE00", new String(source, StandardCharsets.UTF_8).strip());
     }
 
