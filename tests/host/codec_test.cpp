@@ -125,16 +125,9 @@ TEST(Codec, OutputIsFormatThenParameterSetsThenPicturesInOrder) {
     codec.queuePicture(0);
     ASSERT_EQ(codec.dequeue().status, INFO_FORMAT_CHANGED);
     sp<AMessage> format;
-    ASSERT_EQ(codec->getOutputFormat(&format), OK);
-    AString mime;
-    int32_t rows = 0;
-    int32_t standard = 0;
     sp<ABuffer> csd;
-    EXPECT_TRUE(format->findString("mime", &mime) && mime == "video/hevc");
-    EXPECT_TRUE(format->findInt32("grid-rows", &rows) && rows == 3);
-    EXPECT_TRUE(format->findInt32("color-standard", &standard) && standard == 2);
+    ASSERT_EQ(codec->getOutputFormat(&format), OK);
     ASSERT_TRUE(format->findBuffer("csd-0", &csd));
-
     const Output config = codec.dequeue();
     ASSERT_EQ(config.status, OK);
     EXPECT_EQ(config.flags, 2u);

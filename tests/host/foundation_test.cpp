@@ -140,16 +140,6 @@ TEST_F(Looper, DeliversByDueTimeAndThenInPostingOrder) {
     EXPECT_THAT(mRecorder->waitFor(4), ElementsAre(1, 2, 3, 4));
 }
 
-TEST_F(Looper, ThreadCarriesTheFirstFifteenBytesOfTheName) {
-    char name[32] = "";
-    mRecorder->action = [&](const sp<AMessage>&) { pthread_getname_np(pthread_self(), name, sizeof name); };
-    mLooper->setName("QuillHeifWriterLooper");
-    ASSERT_EQ(OK, mLooper->start());
-    message(1)->post();
-    mRecorder->waitFor(1);
-    EXPECT_STREQ("QuillHeifWriter", name);
-}
-
 TEST_F(Looper, StopDropsWhatIsQueuedAndARestartDeliversOnlyWhatIsNew) {
     ASSERT_EQ(OK, mLooper->start());
     message(1)->post(60'000'000);
@@ -209,19 +199,6 @@ TEST_F(Looper, RequestGetsItsOneReply) {
     EXPECT_EQ(5, err);
     mLooper->stop();
     EXPECT_EQ(-EBUSY, second);
-}
-
-TEST_F(Looper, StopReleasesAWaitingSender) {
-    std::promise<void> received;
-    mRecorder->action = [&](const sp<AMessage>&) { received.set_value(); };  // and never replies
-    ASSERT_EQ(OK, mLooper->start());
-    auto sender = std::async(std::launch::async, [&] {
-        sp<AMessage> response;
-        return message(1)->postAndAwaitResponse(&response);
-    });
-    received.get_future().wait();
-    mLooper->stop();
-    EXPECT_EQ(-ENOENT, sender.get());
 }
 
 }  // namespace

@@ -1,5 +1,4 @@
-// What is said of devices that cannot be read or used. Which sizes are supported and how is the matter of
-// fuzz/codec_list.cpp.
+// Which frames can be encoded, how, and with which component, over devices written for the purpose.
 #include <gmock/gmock.h>
 
 #include <media/stagefright/foundation/AString.h>
@@ -56,10 +55,54 @@ std::vector<std::string> linesOn(const std::string& codecs) {
     }));
 }
 
-const char kAdopted[] = "c2.test.hevc.encoder";
+const std::string kAdopted = "c2.test.hevc.encoder";
 
 std::string measuredRate(const std::string& size, const std::string& range) {
     return "<Limit name=\"measured-frame-rate-" + size + "\" range=\"" + range + "\"/>";
+}
+
+TEST(HeicEncoderInfo, SizeDecidesAboutGrid) {
+    const std::string hevc = xml(Codec{}), both = hevc + xml(heic("600x600-1000x1000"));
+    const struct {
+        const std::string& codecs;
+        Query query;
+        bool grid;
+    } kCases[] = {
+            {hevc, {512, 512}, false}, {hevc, {513, 512}, true},  {hevc, {512, 513}, true},
+            {hevc, {64, 64}, false},   {hevc, {63, 64}, true},    {hevc, {8000, 6000}, true},
+            {both, {600, 600}, true},  {both, {500, 500}, false}, {both, {1001, 1000}, true},
+    };
+    for (const auto& test : kCases) {
+        EXPECT_EQ(std::string(test.grid ? "grid " : "whole ") + kAdopted, answerOn(test.codecs, test.query))
+                << test.query.width << "x" << test.query.height;
+    }
+}
+
+// Texts that a fuzzer does not come upon by itself.
+TEST(HeicEncoderInfo, EncoderMustSuit) {
+    const std::string kTaken = "64x64-4096x4096";
+    const std::string kUnreadable = measuredRate("9999999999x1", "30-60");  // of a size beyond an int
+    const std::pair<Codec, bool> kCases[] = {
+            {{kAdopted, kTaken, "CQ", "video/hevc", false}, false},  // software
+            {{kAdopted, kTaken, "VBR,CBR"}, false},
+            {{kAdopted, kTaken, "CQX,XCQ"}, false},
+            {{kAdopted, kTaken, ""}, false},
+            {{kAdopted, "1024x1024-4096x4096"}, false},
+            {{kAdopted, "64x64-511x4096"}, false},
+            {{kAdopted, "64x64-4096x511"}, false},
+            {{kAdopted, "128x96"}, false},
+            {{kAdopted, "64x64-4096x99999999999"}, false},
+            {{kAdopted, kTaken, "CQ", "video/hevc", true, kUnreadable}, true},
+            {{kAdopted, kTaken, "CQ,VBR"}, true},
+            {{kAdopted, kTaken, "VBR,CQ,CBR"}, true},
+            {{kAdopted, "64*64-8192x8192"}, true},
+            {{kAdopted, "512x512-512x512"}, true},
+    };
+    const Codec second{"c2.test.second"};
+    for (const auto& [first, adopted] : kCases) {
+        EXPECT_EQ("whole " + (adopted ? kAdopted : second.name), answerOn(xml(first) + xml(second), {512, 512}))
+                << xml(first);
+    }
 }
 
 TEST(HeicEncoderInfo, HeicEncoderNeedsHevcEncoder) {
@@ -71,8 +114,8 @@ TEST(HeicEncoderInfo, HeicEncoderNeedsHevcEncoder) {
     EXPECT_EQ("no", answerOn("", {512, 512}));
     for (const char* const unreadable : {"128x96", "96x96-1000x2147483648"}) {
         const std::string unbounded = xml(Codec{}) + xml(heic(unreadable));
-        EXPECT_EQ(std::string("grid ") + kAdopted, answerOn(unbounded, {1, 1}));
-        EXPECT_EQ(std::string("grid ") + kAdopted, answerOn(unbounded, {512, 512}));
+        EXPECT_EQ("grid " + kAdopted, answerOn(unbounded, {1, 1}));
+        EXPECT_EQ("grid " + kAdopted, answerOn(unbounded, {512, 512}));
     }
 }
 
@@ -118,7 +161,7 @@ TEST(HeicEncoderInfo, NoCodecListIsNoEncoder) {
 TEST(HeicEncoderInfo, EveryQueryLogsWhatIsKnown) {
     const TestDevice device(xml(Codec{}) + xml(heic("96x96-1000x2000")));
     const LogCapture log;
-    EXPECT_EQ(std::string("whole ") + kAdopted, answer({80, 80}));
+    EXPECT_EQ("whole " + kAdopted, answer({80, 80}));
     bool useGrid = false;
     EXPECT_TRUE(HeicEncoderInfoManager::getInstance().isSizeSupported(513, 513, &useGrid, nullptr));
     EXPECT_TRUE(useGrid);

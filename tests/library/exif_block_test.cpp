@@ -83,6 +83,15 @@ TEST(ExifAnalysis, HeaderIsLookedForNearTheStart) {
     }
 }
 
+TEST(ExifAnalysis, BlockCutShortOfItsLinkGetsNoThumbnail) {
+    Bytes block = kExif + tiff(3, 0);
+    const sp<QuillHeifWriter> writer = new QuillHeifWriter;
+    for (uint32_t size = 0; size <= block.size(); ++size) {
+        uint32_t position = 0;
+        EXPECT_EQ(size == block.size(), writer->analysisExif(block.data(), size, position)) << size;
+    }
+}
+
 TEST(WriterExif, PropertiesSwitchThumbnailsOff) {
     const Lines kBegun = {"D/AnalysisExif begin"}, kTooLow = {"D/system version is too low."};
     const TestDevice device("", "");

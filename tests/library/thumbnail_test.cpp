@@ -54,6 +54,16 @@ TEST(Downscaling, SamplesAreFilteredUpToThirteenFromTheEdge) {
     EXPECT_EQ(39 + 3 * 29, sampleLuma(frame, 39, 29));
 }
 
+TEST(Downscaling, RowsAreScaledInSinglePrecision) {
+    constexpr int kWidth = 18, kHeight = 14;
+    Bytes frame(kWidth * kHeight * 3 / 2);
+    for (size_t i = 0; i < frame.size(); ++i) frame[i] = static_cast<uint8_t>(i / kWidth);
+    const ThumbnailSize size{256, 198};
+    Bytes thumbnail(size.yuvBytes());
+    downscaleNv12({frame.data(), kWidth, kHeight, kWidth, kHeight}, size, thumbnail.data());
+    EXPECT_EQ(6, thumbnail[99 * 256 + 255]) << "99 times 14 / 198 is 7";
+}
+
 TEST(Downscaling, ChromaSumsStopAt254) {
     const Bytes source = {0, 0, 0, 0, 255, 7};
     Bytes thumbnail(ThumbnailSize{2, 2}.yuvBytes());

@@ -72,6 +72,19 @@ TEST(WriterFailure, RefusedInitialisationRefusesEveryFrameAndIsNotRetried) {
     }
 }
 
+TEST(WriterFailure, SizesThatCannotBeAreRefused) {
+    for (const Geometry& g : {Geometry{0, 64, 64, 64},
+                              {-1, 64, 64, 64},
+                              {65, 64, 64, 64},
+                              {64, 65, 64, 64},
+                              {64, 64, 23171, 23171},
+                              {64, 64, 1 << 30, 64}}) {
+        const sp<QuillHeifWriter> writer = new QuillHeifWriter;
+        EXPECT_EQ(BAD_VALUE, writer->initEncoder(g.width, g.height, g.stride, g.sliceHeight, FORMAT_NV12, 95, 0));
+        EXPECT_EQ(-1, writer->processInputFrame(nullptr, nullptr, 0, 1)) << g.stride;
+    }
+}
+
 TEST(WriterFailure, SecondStartLeavesTheEncoder) {
     const LogCapture log;
     Still still(smallFrame());

@@ -41,7 +41,7 @@ constexpr Shape kShapes[] = {
         {"WholeOdd", {301, 199, 301, 199}},  {"WholeOddPadded", {301, 199, 320, 200}},
         {"Grid", {1000, 700, 1000, 700}},    {"GridPadded", {1000, 700, 1024, 704}},
         {"GridOdd", {1001, 701, 1001, 701}}, {"GridOddPadded", {1001, 701, 1024, 704}},
-        {"GridOneTile", {512, 32, 512, 32}},
+        {"GridOneTile", {512, 32, 512, 32}}, {"WholeTiny", {15, 41, 16, 42}},
 };
 
 class Stills : public testing::TestWithParam<std::tuple<Quality, Shape>> {};

@@ -31,16 +31,9 @@ Handle findNamed(const std::string& name) {
 FakeVm::Array& arrayOf(jarray array) { return *reinterpret_cast<FakeVm::Array*>(array); }
 FakeVm::Object& objectOf(jobject object) { return *reinterpret_cast<FakeVm::Object*>(object); }
 
-jfieldID getFieldId(JNIEnv*, jclass clazz, const char* name, const char* signature) {
-    current->fields.push_back(nameOf(clazz) + " " + name + " " + signature);
-    return findNamed<jfieldID>(name);
-}
-
 jint registerNatives(JNIEnv*, jclass clazz, const JNINativeMethod* methods, jint count) {
     current->registeredClass = nameOf(clazz);
-    for (jint i = 0; i < count; ++i) {
-        current->registered.push_back({methods[i].name, methods[i].signature, methods[i].fnPtr});
-    }
+    for (jint i = 0; i < count; ++i) current->registered.push_back(methods[i].name);
     return current->registerResult;
 }
 
@@ -62,7 +55,6 @@ jbyte* pin(FakeVm::Array& array) {
 
 void unpin(FakeVm::Array& array, jint mode) {
     if (mode != JNI_ABORT) array.bytes = array.pinned->bytes();
-    array.releaseMode = mode;
     if (--array.pins == 0) array.pinned.reset();
 }
 
@@ -121,7 +113,7 @@ FakeVm::FakeVm() {
 
 void FakeVm::fillTable() {
     mTable.FindClass = [](JNIEnv*, const char* name) { return findNamed<jclass>(name); };
-    mTable.GetFieldID = getFieldId;
+    mTable.GetFieldID = [](JNIEnv*, jclass, const char* name, const char*) { return findNamed<jfieldID>(name); };
     mTable.RegisterNatives = registerNatives;
     mTable.ThrowNew = throwNew;
     mTable.FatalError = fatalError;

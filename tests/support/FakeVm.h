@@ -20,15 +20,9 @@ namespace quill::test {
  */
 class FakeVm {
   public:
-    struct Method {
-        std::string name;
-        std::string signature;
-        void* entry;
-    };
     struct Array {
         std::vector<int8_t> bytes;
-        jint releaseMode = -1;  ///< mode of the last release, -1 before
-        int pins = 0;           ///< not released yet
+        int pins = 0;  ///< not released yet
         std::unique_ptr<GuardedMemory> pinned;
     };
     using Text = std::string;
@@ -61,9 +55,8 @@ class FakeVm {
 
     // What was asked for.
     std::string registeredClass;
-    std::vector<Method> registered;
-    std::vector<std::string> fields;  ///< "class name signature", in order
-    std::vector<std::string> thrown;  ///< "class: message"
+    std::vector<std::string> registered;  ///< names of methods
+    std::vector<std::string> thrown;      ///< "class: message"
 
   private:
     void fillTable();

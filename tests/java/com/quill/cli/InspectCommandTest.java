@@ -7,8 +7,6 @@ import static org.junit.jupiter.api.Assertions.assertTrue;
 import com.fasterxml.jackson.core.JsonFactory;
 import com.fasterxml.jackson.core.JsonParser;
 import java.io.IOException;
-import java.io.PrintWriter;
-import java.io.StringWriter;
 import java.nio.ByteOrder;
 import java.nio.file.Files;
 import java.nio.file.Path;
@@ -19,29 +17,19 @@ import java.util.Set;
 import java.util.stream.Collectors;
 import java.util.stream.Stream;
 import org.junit.jupiter.api.Test;
-import org.junit.jupiter.api.io.TempDir;
 
 /** The command over stills that the library wrote. */
-class InspectCommandTest {
+class InspectCommandTest extends CommandFixture {
     private static final Path kPhoto =
             Path.of(System.getProperty("quill.photos")).resolve("compact-640x480-with-thumbnail.jpg");
 
-    @TempDir
-    Path mFolder;
-
-    private StringWriter mOut;
-    private StringWriter mErr;
-
-    private int run(Object... arguments) {
-        mOut = new StringWriter();
-        mErr = new StringWriter();
-        return Quill.commandLine().setOut(new PrintWriter(mOut)).setErr(new PrintWriter(mErr))
-                .execute(Arrays.stream(arguments).map(Object::toString).toArray(String[]::new));
+    InspectCommandTest() {
+        super("inspect");
     }
 
     private Path still(Path photo) {
-        Path still = mFolder.resolve("still.heic");
-        assertEquals(0, run("still", photo, "-o", still), () -> mErr.toString());
+        Path still = in("still.heic");
+        assertEquals(0, Quill.commandLine().execute("still", photo.toString(), "-o", still.toString()));
         return still;
     }
 
@@ -63,7 +51,7 @@ class InspectCommandTest {
         Path photo = mFolder.resolve("photo.jpg");
         Files.write(photo, Pictures.jpegWithExif(700, 520, Pictures.exif(ByteOrder.BIG_ENDIAN, 6)));
         Path still = still(photo);
-        assertEquals(0, run("inspect", still, "--json"), () -> mErr.toString());
+        assertEquals(0, run(still, "--json"), () -> mErr.toString());
         Map<String, String> json = scalars(mOut.toString());
         assertEquals("" + Files.size(still), json.get("/size"));
         assertEquals("5", json.get("/primaryItem"));
@@ -74,7 +62,7 @@ class InspectCommandTest {
         assertEquals("MM", json.get("/exif/0/byteOrder"));
         assertEquals("Orientation", json.get("/exif/0/directories/0/entries/1/name"));
         assertEquals("1", json.get("/exif/0/directories/0/entries/1/value"));
-        assertEquals(0, run("inspect", still));
+        assertEquals(0, run(still));
         assertTrue(mOut.toString().contains("tiles 1-4: hvc1 512x512 hidden"), mOut.toString());
         assertTrue(mOut.toString().contains("irot  90 degrees clockwise  (essential)"), mOut.toString());
         assertTrue(mOut.toString().contains("rows: 2, columns: 2, tiles: 512x512, picture: 700x520"), mOut.toString());
@@ -85,9 +73,10 @@ class InspectCommandTest {
         Path still = still(kPhoto);
         Path folder = mFolder.resolve("new/folder");
         for (int round = 0; round < 2; ++round) {  // the second one replaces the first one's
-            assertEquals(0, run("inspect", still, "--extract", folder), () -> mErr.toString());
+            assertEquals(0, run(still, "--extract", folder), () -> mErr.toString());
         }
-        assertArrayEquals(Programs.run("exiftool", "-b", "-ThumbnailImage", still.toString()), Files.readAllBytes(folder.resolve("thumbnail.jpg")));
+        byte[] thumbnail = Programs.run("exiftool", "-b", "-ThumbnailImage", still.toString());
+        assertArrayEquals(thumbnail, Files.readAllBytes(folder.resolve("thumbnail.jpg")));
         byte[] block = Files.readAllBytes(folder.resolve("exif.bin"));
         assertEquals(0, Pictures.find(block, "Exif\0\0II"));
         try (Stream<Path> files = Files.list(folder)) {
@@ -95,7 +84,7 @@ class InspectCommandTest {
                     files.map(file -> file.getFileName().toString()).collect(Collectors.toSet()));
         }
         assertTrue(mOut.toString().contains("wrote " + folder.resolve("thumbnail.jpg")), mOut.toString());
-        assertEquals(0, run("inspect", still, "--json", "--extract", folder));
+        assertEquals(0, run(still, "--json", "--extract", folder));
         assertEquals("10861", scalars(mOut.toString()).get("/exif/0/size"));
     }
 
@@ -103,7 +92,7 @@ class InspectCommandTest {
     void extract_NeverOverwritesTheInspectedFile() throws IOException {
         Path file = Files.move(still(kPhoto), mFolder.resolve("exif.bin"));
         byte[] before = Files.readAllBytes(file);
-        assertEquals(1, run("inspect", file, "--extract", mFolder));
+        assertEquals(1, run(file, "--extract", mFolder));
         assertArrayEquals(before, Files.readAllBytes(file));
         assertTrue(mErr.toString().contains("would overwrite"), mErr.toString());
     }
@@ -112,7 +101,7 @@ class InspectCommandTest {
     void inspect_CutFileIsShownAsFarAsItGoes() throws IOException {
         byte[] whole = Files.readAllBytes(still(kPhoto));
         Path cut = Files.write(mFolder.resolve("cut.heic"), Arrays.copyOf(whole, whole.length / 2));
-        assertEquals(1, run("inspect", cut));
+        assertEquals(1, run(cut));
         assertTrue(mErr.toString().startsWith("quill: " + cut + ": the box 'mdat' at "), mErr.toString());
         assertTrue(mOut.toString().contains("rows: 1, columns: 2"), mOut.toString());
     }
@@ -120,13 +109,13 @@ class InspectCommandTest {
     @Test
     void inspect_UnusableInputsAndWrongUsage() throws IOException {
         Path text = Files.writeString(mFolder.resolve("text.heic"), "no picture at all");
-        assertEquals(1, run("inspect", text));
+        assertEquals(1, run(text));
         assertEquals("quill: " + text + ": is not a HEIF file\n", mErr.toString());
-        assertEquals(1, run("inspect", mFolder));
-        assertEquals(1, run("inspect", mFolder.resolve("missing")));
-        assertEquals(2, run("inspect"));
-        assertEquals(2, run("inspect", text, text));
-        assertEquals(2, run("inspect", text, "--yaml"));
+        assertEquals(1, run(mFolder));
+        assertEquals(1, run(mFolder.resolve("missing")));
+        assertEquals(2, run());
+        assertEquals(2, run(text, text));
+        assertEquals(2, run(text, "--yaml"));
         assertEquals("", mOut.toString());
     }
 }

@@ -46,10 +46,8 @@ class KilledProcessTest {
         Path small = Pictures.writeJpeg(mFolder.resolve("small.jpg"), 320, 240);
         Path large = Pictures.writeJpeg(mFolder.resolve("large.jpg"), 800, 600);
         Path extender = Files.write(mFolder.resolve("extender"), new byte[1 << 20]);
-        return new ProcessBuilder(Path.of(System.getProperty("java.home"), "bin", "java").toString(),
-                "-Djava.library.path=" + System.getProperty("java.library.path"), "-cp",
-                System.getProperty("java.class.path"), Loop.class.getName(), small.toString(), large.toString(),
-                out.toString(), kClip.toString(), extender.toString()).redirectErrorStream(true).start();
+        return new ProcessBuilder(Programs.java(Loop.class, small.toString(), large.toString(), out.toString(),
+                kClip.toString(), extender.toString())).redirectErrorStream(true).start();
     }
 
     private static List<Path> filesOf(Path folder, boolean finished) throws IOException {

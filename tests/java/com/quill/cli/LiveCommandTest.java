@@ -8,32 +8,22 @@ import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import java.io.ByteArrayInputStream;
 import java.io.IOException;
-import java.io.PrintWriter;
-import java.io.StringWriter;
 import java.nio.charset.StandardCharsets;
 import java.nio.file.Files;
 import java.nio.file.Path;
 import java.util.Arrays;
-import java.util.Set;
-import java.util.stream.Collectors;
 import java.util.stream.Stream;
 import javax.imageio.ImageIO;
 import javax.xml.parsers.DocumentBuilderFactory;
 import org.junit.jupiter.api.BeforeEach;
 import org.junit.jupiter.api.Test;
-import org.junit.jupiter.api.io.TempDir;
 import org.w3c.dom.Element;
 import org.w3c.dom.NodeList;
 
 /** The command in this process, and its files as readers that are not ours see them. */
-class LiveCommandTest {
+class LiveCommandTest extends CommandFixture {
     private static final Path kClip = Path.of(System.getProperty("quill.photos")).resolve("clip.mp4");
 
-    @TempDir
-    Path mFolder;
-
-    private StringWriter mOut;
-    private StringWriter mErr;
     private Path mPhoto;
 
     @BeforeEach
@@ -41,16 +31,8 @@ class LiveCommandTest {
         mPhoto = Pictures.writeJpeg(mFolder.resolve("photo.jpg"), 160, 96);
     }
 
-    private int live(Object... arguments) {
-        mOut = new StringWriter();
-        mErr = new StringWriter();
-        return Quill.commandLine().setOut(new PrintWriter(mOut, true)).setErr(new PrintWriter(mErr, true))
-                .execute(Stream.concat(Stream.of("live"), Arrays.stream(arguments).map(Object::toString))
-                        .toArray(String[]::new));
-    }
-
-    private Path in(String name) {
-        return mFolder.resolve(name);
+    LiveCommandTest() {
+        super("live");
     }
 
     private Path write(String name, String text) throws IOException {
@@ -65,14 +47,10 @@ class LiveCommandTest {
         return write("other.mp4", clip.substring(0, at) + to + clip.substring(at + from.length()));
     }
 
-    private void assertFails(int status, String why, Object... arguments) throws IOException {
-        assertEquals(status, live(arguments));
-        assertTrue(mErr.toString().startsWith("quill: ") && mErr.toString().contains(why), mErr.toString());
-        assertEquals("", mOut.toString());
-        try (Stream<Path> files = Files.list(mFolder)) {
-            Set<String> names = files.map(file -> file.getFileName().toString()).collect(Collectors.toSet());
-            assertFalse(names.stream().anyMatch(name -> name.contains(".heic")), names::toString);
-        }
+    @Override
+    void assertFails(int status, String why, Object... arguments) {
+        super.assertFails(status, why, arguments);
+        assertFalse(Stream.of(mFolder.toFile().list()).anyMatch(name -> name.contains(".heic")), why);
     }
 
     private static NodeList items(byte[] xmp) throws Exception {
@@ -90,16 +68,15 @@ class LiveCommandTest {
         byte[] clip = Files.readAllBytes(kClip);
         write("gain.jpg", "gain map");
         write("extender", "");
-        assertEquals(0, live(mPhoto, "--video", kClip, "--gainmap", in("gain.jpg"), "--extender", in("extender")),
+        assertEquals(0, run(mPhoto, "--video", kClip, "--gainmap", in("gain.jpg"), "--extender", in("extender")),
                 mErr::toString);
         assertTrue(mOut.toString().contains("1.5 s H.264"), mOut.toString());
         Path output = in("photo.MP.heic");
         byte[] extracted = Programs.run("exiftool", "-b", "-MotionPhotoVideo", output.toString());
         assertArrayEquals(clip, extracted);
         Path video = Files.write(in("extracted.mp4"), extracted);
-        String codec = new String(Programs.run("ffprobe", "-v", "error", "-show_entries", "stream=codec_name", video.toString()),
-                StandardCharsets.US_ASCII);
-        assertTrue(codec.contains("codec_name=h264"), codec);
+        byte[] codec = Programs.run("ffprobe", "-v", "error", "-show_entries", "stream=codec_name", video.toString());
+        assertTrue(Pictures.find(codec, "codec_name=h264") >= 0);
         Programs.run("heif-convert", output.toString(), in("still.png").toString());
         assertEquals(160, ImageIO.read(in("still.png").toFile()).getWidth());
 
@@ -122,7 +99,7 @@ class LiveCommandTest {
                 + "syntax-ns#\"><rdf:Description xmlns:dc=\"http://purl.org/dc/elements/1.1/\" "
                 + "dc:source=\"Straße \uD83D\uDE00\"/></rdf:RDF></x:xmpmeta>";
         Files.writeString(in("packet.xmp"), "\uFEFF" + packet);
-        assertEquals(0, live(mPhoto, "--video", kClip, "--xmp", in("packet.xmp"), "-o", in("out.heic")),
+        assertEquals(0, run(mPhoto, "--video", kClip, "--xmp", in("packet.xmp"), "-o", in("out.heic")),
                 mErr::toString);
         byte[] source = Programs.run("exiftool", "-b", "-XMP-dc:Source", in("out.heic").toString());
         assertEquals("Straße \uD83D\uDE00", new String(source, StandardCharsets.UTF_8).strip());
@@ -141,7 +118,7 @@ class LiveCommandTest {
         byte[] clip = Files.readAllBytes(kClip);
         Path cut = Files.write(in("cut.mp4"), Arrays.copyOf(clip, clip.length - 1));
         assertFails(1, "cut short", mPhoto, "--video", cut);
-        assertEquals(0, live(mPhoto, "--video", cut, "--force"), mErr::toString);
+        assertEquals(0, run(mPhoto, "--video", cut, "--force"), mErr::toString);
         assertTrue(mOut.toString().contains("unchecked"), mOut.toString());
     }
 
@@ -181,7 +158,7 @@ class LiveCommandTest {
 
     @Test
     void check_MissingOrShortSectionIsFound() throws IOException {
-        assertEquals(0, live(mPhoto, "--video", kClip, "-o", in("out.heic")), mErr::toString);
+        assertEquals(0, run(mPhoto, "--video", kClip, "-o", in("out.heic")), mErr::toString);
         LiveContent same = new LiveContent(Clip.read(kClip), null, null, null, null);
         same.check(in("out.heic"));
         LiveContent more = new LiveContent(Clip.read(kClip), mPhoto, null, null, null);

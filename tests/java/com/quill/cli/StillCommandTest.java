@@ -6,8 +6,6 @@ import static org.junit.jupiter.api.Assertions.assertEquals;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import java.io.IOException;
-import java.io.PrintWriter;
-import java.io.StringWriter;
 import java.nio.ByteOrder;
 import java.nio.file.Files;
 import java.nio.file.Path;
@@ -18,19 +16,12 @@ import java.util.stream.Stream;
 import javax.imageio.ImageIO;
 import org.junit.jupiter.api.BeforeEach;
 import org.junit.jupiter.api.Test;
-import org.junit.jupiter.api.io.TempDir;
 import org.junit.jupiter.params.ParameterizedTest;
 import org.junit.jupiter.params.provider.CsvSource;
 import org.junit.jupiter.params.provider.ValueSource;
-import picocli.CommandLine;
 
 /** The command in this process: what it writes, says and leaves behind. */
-class StillCommandTest {
-    @TempDir
-    Path mFolder;
-
-    private final StringWriter mOut = new StringWriter();
-    private final StringWriter mErr = new StringWriter();
+class StillCommandTest extends CommandFixture {
     private Path mPhoto;
 
     @BeforeEach
@@ -38,14 +29,8 @@ class StillCommandTest {
         mPhoto = Pictures.writeJpeg(mFolder.resolve("photo.jpg"), 160, 96);
     }
 
-    private int still(Object... arguments) {
-        CommandLine line = Quill.commandLine().setOut(new PrintWriter(mOut, true)).setErr(new PrintWriter(mErr, true));
-        return line.execute(Stream.concat(Stream.of("still"), Arrays.stream(arguments).map(Object::toString))
-                .toArray(String[]::new));
-    }
-
-    private Path in(String name) {
-        return mFolder.resolve(name);
+    StillCommandTest() {
+        super("still");
     }
 
     private void assertFiles(String... names) throws IOException {
@@ -54,16 +39,10 @@ class StillCommandTest {
         }
     }
 
-    private void assertFails(int status, String why, Object... arguments) {
-        assertEquals(status, still(arguments));
-        assertTrue(mErr.toString().startsWith("quill: ") && mErr.toString().contains(why), mErr.toString());
-        assertEquals("", mOut.toString());
-    }
-
     @ParameterizedTest
     @ValueSource(strings = {"i420", "p010", "rgba", "nv12", "nv21"})
     void still_EveryFormatIsWrittenBesideThePhotograph(String format) throws IOException {
-        assertEquals(0, still(mPhoto, "--format", format), mErr::toString);
+        assertEquals(0, run(mPhoto, "--format", format), mErr::toString);
         assertDoesNotThrow(() -> HeifFileCheck.check(in("photo.heic")));
         assertFiles("photo.jpg", "photo.heic");
         String line = mPhoto + " -> " + in("photo.heic") + "  160x96  " + format;
@@ -74,9 +53,9 @@ class StillCommandTest {
     @Test
     void still_OddWidthIsKeptAndCarriedAsRgbaUnlessAFormatIsGiven() throws IOException {
         ImageIO.write(Pictures.picture(131, 67), "png", in("odd.png").toFile());
-        assertEquals(0, still(in("odd.png")), mErr::toString);
+        assertEquals(0, run(in("odd.png")), mErr::toString);
         assertTrue(mOut.toString().contains("131x67  rgba"), mOut.toString());
-        assertEquals(0, still(in("odd.png"), "--format", "i420"), mErr::toString);
+        assertEquals(0, run(in("odd.png"), "--format", "i420"), mErr::toString);
         assertTrue(mOut.toString().contains("131x67  i420"), mOut.toString());
     }
 
@@ -86,7 +65,7 @@ class StillCommandTest {
             throws IOException {
         byte[] exif = Pictures.exif(ByteOrder.BIG_ENDIAN, orientation);
         Files.write(mPhoto, Pictures.jpegWithExif(160, 96, exif));
-        assertEquals(0, still(mPhoto, "--rotation", rotation), mErr::toString);
+        assertEquals(0, run(mPhoto, "--rotation", rotation), mErr::toString);
         byte[] file = Files.readAllBytes(in("photo.heic"));
         assertEquals(irot, file[Pictures.find(file, "irot") + 4]);
         int block = Pictures.find(file, "Exif\0\0MM");
@@ -98,16 +77,16 @@ class StillCommandTest {
     void still_ExistingOutputIsReplacedAndKeptOnFailure() throws IOException {
         Files.writeString(in("photo.heic"), "old");
         Files.writeString(in("text.jpg"), "no picture");
-        assertEquals(1, still(in("text.jpg"), "-o", in("photo.heic")));
+        assertEquals(1, run(in("text.jpg"), "-o", in("photo.heic")));
         assertEquals("old", Files.readString(in("photo.heic")));
-        assertEquals(0, still(mPhoto, "-o", in("photo.heic")), mErr::toString);
+        assertEquals(0, run(mPhoto, "-o", in("photo.heic")), mErr::toString);
         assertDoesNotThrow(() -> HeifFileCheck.check(in("photo.heic")));
         assertFiles("photo.jpg", "photo.heic", "text.jpg");
     }
 
     @Test
     void still_GoesOnAfterAFailureAndMakesTheFolder() throws IOException {
-        assertEquals(1, still(in("missing.jpg"), mPhoto, "-d", in("new/folder")));
+        assertEquals(1, run(in("missing.jpg"), mPhoto, "-d", in("new/folder")));
         assertEquals("quill: " + in("missing.jpg") + ": there is no such file\n", mErr.toString());
         assertTrue(Files.exists(in("new/folder/photo.heic")));
     }

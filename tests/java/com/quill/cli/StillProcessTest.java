@@ -25,10 +25,8 @@ class StillProcessTest {
 
     /** Starts the command behind a shell that first runs {@code setUp}. */
     private Process start(String setUp, String... arguments) throws IOException {
-        List<String> command = new ArrayList<>(List.of("bash", "-c", setUp + "exec \"$@\"", "bash",
-                Path.of(System.getProperty("java.home"), "bin", "java").toString(),
-                "-Djava.library.path=" + System.getProperty("java.library.path"), "-cp",
-                System.getProperty("java.class.path"), Quill.class.getName(), "still"));
+        List<String> command = new ArrayList<>(List.of("bash", "-c", setUp + "exec \"$@\"", "bash"));
+        command.addAll(Programs.java(Quill.class, "still"));
         command.addAll(List.of(arguments));
         return new ProcessBuilder(command).redirectErrorStream(true).start();
     }

@@ -111,13 +111,6 @@ class StillReadbackTest {
     }
 
     @Test
-    void still_OddSizeIsKept() throws Exception {
-        Path photo = mFolder.resolve("odd.png");
-        ImageIO.write(Pictures.picture(131, 67), "png", photo.toFile());
-        assertTrue(psnr(ImageIO.read(photo.toFile()), decode(still(photo))) >= 34);
-    }
-
-    @Test
     void still_RotationTurnsThePictureOnce() throws Exception {
         Path photo = mFolder.resolve("turned.jpg");
         Files.write(photo, Pictures.jpegWithExif(160, 96, Pictures.exif(ByteOrder.LITTLE_ENDIAN, 6)));

@@ -71,9 +71,7 @@ class TraceTest {
     void trace_OneStillNestsItsStepsByThread() throws Exception {
         Path photo = mFolder.resolve("photo.jpg"), trace = mFolder.resolve("trace.json");
         Files.write(photo, Pictures.jpegWithExif(640, 480, Pictures.exif(ByteOrder.LITTLE_ENDIAN, 1)));
-        ProcessBuilder still = new ProcessBuilder(Path.of(System.getProperty("java.home"), "bin", "java").toString(),
-                "-Djava.library.path=" + System.getProperty("java.library.path"), "-cp",
-                System.getProperty("java.class.path"), Quill.class.getName(), "still", photo.toString()).inheritIO();
+        ProcessBuilder still = new ProcessBuilder(Programs.java(Quill.class, "still", photo.toString())).inheritIO();
         still.environment().put("QUILL_TRACE", trace.toString());
         assertEquals(0, still.start().waitFor());
         assertEquals(
