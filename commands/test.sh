@@ -17,6 +17,7 @@ test_preset() {
     local report=$dir/report.xml
     shift
     case $preset in
+    dev) install_packages bench ;;
     arm64 | valgrind) install_packages "$preset" ;;
     esac
     build "$preset"
