@@ -14,7 +14,8 @@ namespace {
 
 using namespace android;
 using Bytes = std::vector<uint8_t>;
-using Convert = void (*)(const uint8_t* frame, const AllottedArea& area, uint8_t* nv12);
+using Ours = void (*)(const uint8_t* frame, const AllottedArea& area, uint8_t* nv12, VectorWidth most);
+using Libyuvs = void (*)(const uint8_t* frame, const AllottedArea& area, uint8_t* nv12);
 
 void yuvI420(const uint8_t* i420, const AllottedArea& area, uint8_t* nv12) {
     const int stride = area.stride, luma = area.lumaSamples();
@@ -39,13 +40,14 @@ void yuvRgba(const uint8_t* rgba, const AllottedArea& area, uint8_t* nv12) {
     libyuv::ABGRToNV12(rgba, 4 * stride, nv12, stride, nv12 + area.lumaSamples(), stride, stride, area.sliceHeight);
 }
 
-void addConversion(const char* row, const char* format, Convert ours, Convert yuv, const Effort& effort) {
+void addConversion(const char* row, const char* format, Ours ours, Libyuvs yuv, const Effort& effort) {
     addPairedRow(row, effort.pairs, [=, geometry = effort.frame, photograph = effort.photograph] {
         const auto frame =
                 std::make_shared<Bytes>(cameraFrame(readPhotograph(photograph), formatNamed(format), geometry));
         const AllottedArea area{geometry.stride, geometry.sliceHeight};
         const auto nv12 = std::make_shared<Bytes>(area.nv12Bytes());
-        return Sides{[=] { ours(frame->data(), area, nv12->data()); }, [=] { yuv(frame->data(), area, nv12->data()); }};
+        return Sides{[=] { ours(frame->data(), area, nv12->data(), kWidestVectors); },
+                     [=] { yuv(frame->data(), area, nv12->data()); }};
     });
 }
 

@@ -27,6 +27,8 @@ QUILL_KERNEL void swapRows(const ChromaPlane& plane) {
 
 }  // namespace
 
-void swapChromaPairs(const ChromaPlane& plane) { withWidestVectors<swapRows>(plane); }
+void swapChromaPairs(const ChromaPlane& plane, VectorWidth most) {
+    withWidestVectors<swapRows, const ChromaPlane&>(most, plane);
+}
 
 }  // namespace android

@@ -2,6 +2,8 @@
 
 #include <stdint.h>
 
+#include "VectorWidth.h"
+
 namespace android {
 
 /** The interleaved chroma plane of an 8-bit semi-planar frame, in samples of the luma plane. */
@@ -17,6 +19,6 @@ struct ChromaPlane {
  * Turns V,U pairs into U,V (or back) in place: ceil(width / 2) pairs in each of height / 2 rows. A last pair that an
  * odd pitch lets reach past the plane is left alone.
  */
-void swapChromaPairs(const ChromaPlane& plane);
+void swapChromaPairs(const ChromaPlane& plane, VectorWidth most = kWidestVectors);
 
 }  // namespace android

@@ -49,16 +49,18 @@ QUILL_KERNEL void keepHighBytesOfPlanes(const uint8_t* p010, const AllottedArea&
 
 }  // namespace
 
-void convertI420(const uint8_t* i420, const AllottedArea& area, uint8_t* nv12) {
+void convertI420(const uint8_t* i420, const AllottedArea& area, uint8_t* nv12, VectorWidth most) {
     const int64_t luma = int64_t{area.stride} * area.sliceHeight;
     copyInPieces(i420, luma, nv12);
     if (luma < kFewestWithChroma) return;
     const int64_t quarter = luma / 4;
-    withWidestVectors<interleave>(i420 + luma, i420 + luma + quarter, static_cast<ptrdiff_t>(quarter), nv12 + luma);
+    withWidestVectors<interleave>(most, i420 + luma, i420 + luma + quarter, static_cast<ptrdiff_t>(quarter),
+                                  nv12 + luma);
 }
 
-void convertP010(const uint8_t* p010, const AllottedArea& area, uint8_t* nv12) {
-    if (area.sliceHeight >= 1) withWidestVectors<keepHighBytesOfPlanes>(p010, area, nv12);
+void convertP010(const uint8_t* p010, const AllottedArea& area, uint8_t* nv12, VectorWidth most) {
+    if (area.sliceHeight >= 1)
+        withWidestVectors<keepHighBytesOfPlanes, const uint8_t*, const AllottedArea&>(most, p010, area, nv12);
 }
 
 void splitNv12(const uint8_t* nv12, int32_t samples, uint8_t* y, uint8_t* u, uint8_t* v) {

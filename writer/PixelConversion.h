@@ -3,6 +3,8 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include "VectorWidth.h"
+
 namespace android {
 
 /**
@@ -29,17 +31,17 @@ struct AllottedArea {
 };
 
 // Each writes an 8-bit NV12 frame of the same area: luma at pitch `stride`, then U,V pairs. Buffers are not checked:
-// `nv12` holds area.nv12Bytes(), the source what its layout takes.
+// `nv12` holds area.nv12Bytes(), the source what its layout takes. Every vector width gives the same bytes.
 
 /** Y, U and V planes of full, quarter and quarter size. */
-void convertI420(const uint8_t* i420, const AllottedArea& area, uint8_t* nv12);
+void convertI420(const uint8_t* i420, const AllottedArea& area, uint8_t* nv12, VectorWidth most = kWidestVectors);
 /** 16-bit little-endian samples, of which the high byte is kept: no rounding, and no look at the justification. */
-void convertP010(const uint8_t* p010, const AllottedArea& area, uint8_t* nv12);
+void convertP010(const uint8_t* p010, const AllottedArea& area, uint8_t* nv12, VectorWidth most = kWidestVectors);
 /**
  * R, G, B, A bytes to full-range BT.601, computed in double precision and truncated toward zero. Chroma comes from the
  * top left pixel of each 2x2 block alone.
  */
-void convertRgba8888(const uint8_t* rgba, const AllottedArea& area, uint8_t* nv12);
+void convertRgba8888(const uint8_t* rgba, const AllottedArea& area, uint8_t* nv12, VectorWidth most = kWidestVectors);
 
 /** Luma and chroma of one colour as `convertRgba8888` defines them. */
 uint8_t rgbToLuma(uint8_t r, uint8_t g, uint8_t b);

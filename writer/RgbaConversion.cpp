@@ -163,8 +163,8 @@ uint8_t rgbToLuma(uint8_t r, uint8_t g, uint8_t b) { return exact({r, g, b}, kLu
 uint8_t rgbToU(uint8_t r, uint8_t g, uint8_t b) { return exact({r, g, b}, kU); }
 uint8_t rgbToV(uint8_t r, uint8_t g, uint8_t b) { return exact({r, g, b}, kV); }
 
-void convertRgba8888(const uint8_t* rgba, const AllottedArea& area, uint8_t* nv12) {
-    withWidestVectors<convertRows>(rgba, area, nv12);
+void convertRgba8888(const uint8_t* rgba, const AllottedArea& area, uint8_t* nv12, VectorWidth most) {
+    withWidestVectors<convertRows, const uint8_t*, const AllottedArea&>(most, rgba, area, nv12);
 }
 
 }  // namespace android

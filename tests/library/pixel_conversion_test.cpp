@@ -3,6 +3,7 @@
 
 #include <array>
 
+#include "ChromaOrder.h"
 #include "InputColorFormat.h"
 #include "PixelConversion.h"
 #include "QuillHeifWriter.h"
@@ -47,9 +48,19 @@ int definedV(size_t r, size_t g, size_t b) {
     return stored(kR * r + kG * g + kB * b + 128.0);
 }
 
+/** Those that this kind of processor may have; one that it lacks is as the next narrower. */
+constexpr VectorWidth kWidths[] = {
+#if defined(__x86_64__)
+        VectorWidth::k128, VectorWidth::k256,
+#endif
+        kWidestVectors};
+
+class PixelConversionByWidth : public testing::TestWithParam<VectorWidth> {};
+INSTANTIATE_TEST_SUITE_P(, PixelConversionByWidth, testing::ValuesIn(kWidths));
+
 // Colours are converted many at a time, and one whose sums come close to whole numbers sends its neighbours along the
 // careful way. So each stands alone among as many pixels as go together at most, between pixels that send nobody.
-TEST(PixelConversion, RgbaOfEveryColourIsAsDefined) {
+TEST_P(PixelConversionByWidth, RgbaOfEveryColourIsAsDefined) {
     constexpr size_t kTogether = 64, kRow = 256 * kTogether;
     constexpr uint8_t kPlain[] = {0, 1, 0, 0};
     const AllottedArea area{kRow, 1};
@@ -62,7 +73,7 @@ TEST(PixelConversion, RgbaOfEveryColourIsAsDefined) {
             rgba[4 * i + 1] = static_cast<uint8_t>(rg);
             rgba[4 * i + 2] = static_cast<uint8_t>(i / kTogether);
         }
-        convertRgba8888(rgba.data(), area, nv12.data());
+        convertRgba8888(rgba.data(), area, nv12.data(), GetParam());
         for (size_t i = 0; i < kRow; i += kTogether) {
             const size_t r = rg >> 8, g = rg & 0xFF, b = i / kTogether;
             differences += nv12[i] != definedLuma(r, g, b);
@@ -85,6 +96,24 @@ TEST(PixelConversion, RgbaWorkedColours) {
     EXPECT_THAT(yuv(0, 0, 0), ElementsAre(0, 128, 128));
     EXPECT_THAT(yuv(0, 255, 255), ElementsAre(178, 165, 228)) << "-28 keeps its low eight bits";
     EXPECT_THAT(yuv(255, 0, 0), ElementsAre(76, 90, 255));
+}
+
+TEST_P(PixelConversionByWidth, EveryLayoutIsAsWithTheWidest) {
+    constexpr AllottedArea kArea{301, 9};
+    Bytes frame(size_t{4} * 301 * 9);
+    for (size_t i = 0; i < frame.size(); ++i) frame[i] = static_cast<uint8_t>(i * i >> 3 ^ i);
+    const auto converted = [&](auto convert, VectorWidth most) {
+        Bytes nv12(kArea.nv12Bytes(), kUntouched);
+        convert(frame.data(), kArea, nv12.data(), most);
+        return nv12;
+    };
+    for (const auto convert : {convertI420, convertP010, convertRgba8888}) {
+        EXPECT_EQ(converted(convert, kWidestVectors), converted(convert, GetParam()));
+    }
+    Bytes narrow = frame, widest = frame;
+    swapChromaPairs({narrow.data(), 300, 18, 301, 2709}, GetParam());
+    swapChromaPairs({widest.data(), 300, 18, 301, 2709}, kWidestVectors);
+    EXPECT_EQ(widest, narrow);
 }
 
 TEST(PixelConversion, EachLayoutHasItsEntryAndUnknownOnesNone) {
