@@ -30,6 +30,7 @@ Command quillStill(const std::string& photograph, const std::string& output) {
             "QUILL_PROPERTIES=debug.quill.host.x265.preset=ultrafast",
             QUILL_JAVA,
             "-XX:MaxRAMPercentage=75",
+            "-XX:+UseSerialGC",
             kLibraryPath,
             "-cp",
             QUILL_CLASS_PATH,
