@@ -2,7 +2,10 @@
 
 #include "HeifWriterJni.h"
 
+#include <errno.h>
 #include <fcntl.h>
+#include <string.h>
+#include <unistd.h>
 
 #include <memory>
 #include <string>
@@ -19,9 +22,29 @@ namespace android {
 
 namespace {
 
-/** What the writer may still read after a call has timed out. */
+/** A descriptor of our own for an open file: after a time-out the caller's number may be that of another file. */
+class OwnDescriptor {
+  public:
+    explicit OwnDescriptor(int fd) : mFd(fcntl(fd, F_DUPFD_CLOEXEC, 0)) {
+        if (mFd < 0) ALOGE("File descriptor %d cannot be duplicated: %s", fd, strerror(errno));
+    }
+    ~OwnDescriptor() {
+        if (mFd >= 0) close(mFd);
+    }
+    OwnDescriptor(const OwnDescriptor&) = delete;
+    OwnDescriptor& operator=(const OwnDescriptor&) = delete;
+
+    /** -1 when the file could not be had. */
+    int get() const { return mFd; }
+
+  private:
+    const int mFd;
+};
+
+/** What the writer may still use after a call has timed out. */
 struct CallerMemory {
     std::unique_ptr<FrameSource> frame;
+    std::unique_ptr<OwnDescriptor> output;
     std::string xmp;
 };
 
@@ -50,22 +73,26 @@ std::string textOf(JNIEnv* env, jobject string) {
 }
 
 /**
- * Calls `write(pixels)` with the frame's pixels. Memory that the looper still reads afterwards stays as it is until
- * the writer is destroyed.
+ * Calls `write(pixels, descriptor)` with the frame's pixels and the file `output`. What the looper still uses
+ * afterwards stays as it is until the writer is destroyed.
  */
 template <typename Write>
-jlong writeFrame(const sp<QuillHeifWriter>& writer, const std::shared_ptr<CallerMemory>& memory, Write write) {
+jlong writeFrame(const sp<QuillHeifWriter>& writer, const std::shared_ptr<CallerMemory>& memory, int output,
+                 Write write) {
     uint8_t* const pixels = memory->frame->pixels(writer->expectedFrame());
     if (pixels == nullptr) {
         ALOGE("Input parameter is invalid!");
         return -1;
     }
-    const int32_t result = write(pixels);
+    memory->output = std::make_unique<OwnDescriptor>(output);
+    if (memory->output->get() == -1) return -1;
+    const int32_t result = write(pixels, memory->output->get());
     const bool late = result != 0 && writer->isFrameInFlight();
     if (late) {
         memory->frame->outliveCall();
     } else {
         memory->frame.reset();
+        memory->output.reset();
     }
     // The writer keeps the packet for frames to come.
     if (late || !memory->xmp.empty()) writer->holdUntilDestroyed(memory);
@@ -87,11 +114,10 @@ jlong writeLivePhoto(JNIEnv* env, jlong handle, jbyteArray exif, const ParsedOpt
     const auto memory = std::make_shared<CallerMemory>();
     memory->xmp = textOf(env, options.xmpData);
     memory->frame = makeFrame();
-    return writeFrame(writer, memory, [&](uint8_t* pixels) {
+    return writeFrame(writer, memory, files.output, [&](uint8_t* pixels, int output) {
         return writer->createLivePhoto(pixels, block.data(), static_cast<uint32_t>(block.length()), memory->xmp.data(),
                                        static_cast<uint32_t>(memory->xmp.size()), extender.data(),
-                                       static_cast<uint32_t>(extender.length()), files.gainmap, files.video,
-                                       files.output);
+                                       static_cast<uint32_t>(extender.length()), files.gainmap, files.video, output);
     });
 }
 
@@ -124,8 +150,8 @@ jlong nativeProcessHeicPhotoFrame(JNIEnv* env, jobject thiz, jlong handle, jbyte
     if (block.failed() || block.length() < 0) return -1;
     const auto memory = std::make_shared<CallerMemory>();
     memory->frame = std::make_unique<PinnedFrame>(env, yuv);
-    return writeFrame(writer, memory, [&](uint8_t* pixels) {
-        return writer->processInputFrame(pixels, block.data(), static_cast<uint32_t>(block.length()), output);
+    return writeFrame(writer, memory, output, [&](uint8_t* pixels, int file) {
+        return writer->processInputFrame(pixels, block.data(), static_cast<uint32_t>(block.length()), file);
     });
 }
 

@@ -273,8 +273,9 @@ std::string markdownOf(const Row& row, const std::vector<Calls>& made) {
     for (const Fault& fault : row.faults) faults += (faults.empty() ? "" : ", ") + textOf(row, fault);
     std::string line = *row.line == '\0' ? "" : "`" + std::string(row.line) + "`";
     std::replace(line.begin(), line.end(), '|', '/');
-    return "| `" + std::string(row.call) + "` | " + callsCell(row.call, made) + " | " + whereOf(row) + " | " + faults +
-           " | " + row.expected.still + " | " + row.expected.live + " | " + line + " |\n";
+    const std::string only = *row.scene == '\0' ? "" : " (" + std::string(row.scene) + ")";
+    return "| `" + std::string(row.call) + "`" + only + " | " + callsCell(row.call, made) + " | " + whereOf(row) +
+           " | " + faults + " | " + row.expected.still + " | " + row.expected.live + " | " + line + " |\n";
 }
 
 std::string tableOf(const std::vector<Calls>& made) {

@@ -141,7 +141,7 @@ struct App {
     bool released() const { return array.pins + exif.pins + extender.pins + bitmap.pixels.pins == 0; }
 
     const Scene& scene;
-    const TemporaryFile output, video, gainMap;
+    const TemporaryFile output, video, gainMap, later;
     FakeVm java;
     FakeVm::Object object, outputFd, videoFd, gainMapFd, options;
     FakeVm::Array array, exif, extender;
@@ -157,7 +157,9 @@ jlong writeHurried(App& app, jlong handle, const LogCapture& log, const std::fun
     return app.write(handle);
 }
 
-void letGoOn(const LogCapture& log) {
+/** The app has been told of a failure, closes its file and opens another, which gets the same number. */
+void letGoOn(const App& app, const LogCapture& log) {
+    dup2(app.later.fd(), app.output.fd());
     Clock::instance().setScale(1);
     Faults::instance().release();
     log.waitFor(kLooperDone);
@@ -165,6 +167,7 @@ void letGoOn(const LogCapture& log) {
 
 void readBack(const App& app, bool decode, ShotOutcome* outcome) {
     outcome->file = describe(app.output.bytes());
+    if (!app.later.bytes().empty()) outcome->file += " in another file";
     if (outcome->file.find(" still") != 0) return;
     const ReadStill read = readStill(app.output.path(), decode);
     if (!read.error.empty()) outcome->file += " (" + read.error + ")";
@@ -192,7 +195,7 @@ ShotOutcome shoot(const Scene& scene, Patience patience, const std::function<boo
     const auto givenUp = [&] { return patience != Patience::kUntilDone && blocked(); };
     outcome.result = static_cast<long>(writeHurried(app, handle, log, givenUp));
     outcome.polls = Faults::instance().occurrences()["usleep"];
-    if (patience == Patience::kAfterwards) letGoOn(log);
+    if (patience == Patience::kAfterwards) letGoOn(app, log);
     app.destroy(handle);
     Clock::instance().setScale(1);
     readBack(app, decode, &outcome);
