@@ -151,8 +151,11 @@ struct App {
 
 /** `write`, its time-out without the time as soon as nothing else is left to come. */
 jlong writeHurried(App& app, jlong handle, const LogCapture& log, const std::function<bool()>& blocked) {
+    bool hurried = false;  // asked no more then: what is left are thousands of polls
     const FileCalls calls([&] {
-        if (blocked() || log.has(kLooperDone)) Clock::instance().setScale(kTimeless);
+        if (hurried || !(blocked() || log.has(kLooperDone))) return;
+        hurried = true;
+        Clock::instance().setScale(kTimeless);
     });
     return app.write(handle);
 }
