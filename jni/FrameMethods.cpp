@@ -26,7 +26,7 @@ namespace {
 class OwnDescriptor {
   public:
     explicit OwnDescriptor(int fd) : mFd(fcntl(fd, F_DUPFD_CLOEXEC, 0)) {
-        if (mFd < 0) ALOGE("File descriptor %d cannot be duplicated: %s", fd, strerror(errno));
+        if (mFd < 0) ALOGE("File descriptor cannot be duplicated: %s", strerror(errno));
     }
     ~OwnDescriptor() {
         if (mFd >= 0) close(mFd);
@@ -42,7 +42,7 @@ class OwnDescriptor {
 };
 
 /** What the writer may still use after a call has timed out. */
-struct CallerMemory {
+struct HeldForWriter {
     std::unique_ptr<FrameSource> frame;
     std::unique_ptr<OwnDescriptor> output;
     std::string xmp;
@@ -77,25 +77,25 @@ std::string textOf(JNIEnv* env, jobject string) {
  * afterwards stays as it is until the writer is destroyed.
  */
 template <typename Write>
-jlong writeFrame(const sp<QuillHeifWriter>& writer, const std::shared_ptr<CallerMemory>& memory, int output,
+jlong writeFrame(const sp<QuillHeifWriter>& writer, const std::shared_ptr<HeldForWriter>& held, int output,
                  Write write) {
-    uint8_t* const pixels = memory->frame->pixels(writer->expectedFrame());
+    uint8_t* const pixels = held->frame->pixels(writer->expectedFrame());
     if (pixels == nullptr) {
         ALOGE("Input parameter is invalid!");
         return -1;
     }
-    memory->output = std::make_unique<OwnDescriptor>(output);
-    if (memory->output->get() == -1) return -1;
-    const int32_t result = write(pixels, memory->output->get());
+    held->output = std::make_unique<OwnDescriptor>(output);
+    if (held->output->get() == -1) return -1;
+    const int32_t result = write(pixels, held->output->get());
     const bool late = result != 0 && writer->isFrameInFlight();
     if (late) {
-        memory->frame->outliveCall();
+        held->frame->outliveCall();
     } else {
-        memory->frame.reset();
-        memory->output.reset();
+        held->frame.reset();
+        held->output.reset();
     }
     // The writer keeps the packet for frames to come.
-    if (late || !memory->xmp.empty()) writer->holdUntilDestroyed(memory);
+    if (late || !held->xmp.empty()) writer->holdUntilDestroyed(held);
     return result;
 }
 
@@ -111,12 +111,12 @@ jlong writeLivePhoto(JNIEnv* env, jlong handle, jbyteArray exif, const ParsedOpt
     const PinnedBytes block(env, exif);
     const PinnedBytes extender(env, static_cast<jbyteArray>(options.fileExtender));
     if (block.failed() || block.length() < 0 || extender.failed()) return -1;
-    const auto memory = std::make_shared<CallerMemory>();
-    memory->xmp = textOf(env, options.xmpData);
-    memory->frame = makeFrame();
-    return writeFrame(writer, memory, files.output, [&](uint8_t* pixels, int output) {
-        return writer->createLivePhoto(pixels, block.data(), static_cast<uint32_t>(block.length()), memory->xmp.data(),
-                                       static_cast<uint32_t>(memory->xmp.size()), extender.data(),
+    const auto held = std::make_shared<HeldForWriter>();
+    held->xmp = textOf(env, options.xmpData);
+    held->frame = makeFrame();
+    return writeFrame(writer, held, files.output, [&](uint8_t* pixels, int output) {
+        return writer->createLivePhoto(pixels, block.data(), static_cast<uint32_t>(block.length()), held->xmp.data(),
+                                       static_cast<uint32_t>(held->xmp.size()), extender.data(),
                                        static_cast<uint32_t>(extender.length()), files.gainmap, files.video, output);
     });
 }
@@ -148,9 +148,9 @@ jlong nativeProcessHeicPhotoFrame(JNIEnv* env, jobject thiz, jlong handle, jbyte
     }
     const PinnedBytes block(env, exif);
     if (block.failed() || block.length() < 0) return -1;
-    const auto memory = std::make_shared<CallerMemory>();
-    memory->frame = std::make_unique<PinnedFrame>(env, yuv);
-    return writeFrame(writer, memory, output, [&](uint8_t* pixels, int file) {
+    const auto held = std::make_shared<HeldForWriter>();
+    held->frame = std::make_unique<PinnedFrame>(env, yuv);
+    return writeFrame(writer, held, output, [&](uint8_t* pixels, int file) {
         return writer->processInputFrame(pixels, block.data(), static_cast<uint32_t>(block.length()), file);
     });
 }
