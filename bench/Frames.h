@@ -8,23 +8,24 @@
 
 namespace quill::bench {
 
-/** A bundled photograph. */
-struct Photograph {
-    int width;
-    int height;
-    std::vector<uint8_t> yuv;   ///< three bytes a pixel, full-range BT.601
-    std::vector<uint8_t> exif;  ///< its EXIF block, from "Exif" on; empty without one
-};
+using Bytes = std::vector<uint8_t>;
+using Format = android::InputColorFormat;
+using test::Geometry;
+
+/** The geometry of a frame without padding; a quarter as wide and high when `quick`. */
+Geometry tight(int width, int height);
+/** 12 megapixels with padding, for the single steps. */
+Geometry padded();
 
 std::string photographPath(const std::string& name);
-/** Throws when there is none of that name. */
-Photograph readPhotograph(const std::string& name);
+/** The JPEG file of a bundled photograph. */
+Bytes readPhotograph(const std::string& name);
 
-/** A camera frame that shows the photograph, repeated until every row and column, padding included, is filled. */
-std::vector<uint8_t> cameraFrame(const Photograph& photograph, android::InputColorFormat format,
-                                 const test::Geometry& geometry);
-
-/** By the names of the command line: i420, p010, rgba, nv12, nv21. Throws for any other. */
-android::InputColorFormat formatNamed(const std::string& name);
+/** A photograph as a camera takes it: its EXIF block has no thumbnail. */
+constexpr char kPhotograph[] = "phone-3264x2448.jpg";
+/** Its EXIF block, from "Exif" on. */
+Bytes cameraExif();
+/** A camera frame that shows it, scaled to fill every row and column, padding included. */
+Bytes cameraFrame(Format format, const Geometry& geometry);
 
 }  // namespace quill::bench

@@ -1,97 +1,98 @@
 #include "Rows.h"
 
-#include <benchmark/benchmark.h>
-
-#include <algorithm>
-#include <chrono>
-#include <exception>
-#include <utility>
+#include "Measurements.h"
 
 namespace quill::bench {
 
+using namespace android;
+
 namespace {
 
-void publish(benchmark::State& state, const Figures& figures) {
-    state.counters["measured"] = figures.measured;
-    state.counters["bound"] = figures.bound;
-    state.counters["ratio"] = figures.ratio;
-    state.SetLabel(figures.remark);
+constexpr Unit kMs{1e-3, "ms"}, kMiB{1 << 20, "MiB"};
+constexpr char kSameBytes[] = "memcpy of the same bytes";
+constexpr char kScaled[] = "libyuv: to NV12, and NV12Scale with boxes; uncompressed";
+constexpr char kHeifEnc[] = "heif-enc at the same preset and PSNR";
+
+/** `measure` of these arguments, in a process of its own. */
+template <typename... Parameters, typename... Arguments>
+std::function<Figures()> apart(Figures (*measure)(Parameters...), Arguments... arguments) {
+    return [=] { return inOwnProcess([=] { return measure(arguments...); }); };
 }
 
-void runPairs(benchmark::State& state, const std::function<Sides()>& prepare) {
-    PairedTimes times(prepare());
-    for (auto _ : state) state.SetIterationTime(times.timePair());
-    publish(state, times.figures());
+Row still(const char* name, Format format, const Geometry& geometry) {
+    const auto both = apart(stillBesidePolling, format, geometry);
+    return {name, 1.0, kMs, "whole still, free codec", "two waits of 2 ms, and 10 ms per 12 megapixels or less", both};
 }
 
-void runOnce(benchmark::State& state, const std::function<Figures()>& measure) {
-    Figures figures{};
-    for (auto _ : state) {
-        figures = measure();
-        state.SetIterationTime(figures.measured);
-    }
-    publish(state, figures);
+Row memory(const std::string& name, Format format, const Geometry& geometry) {
+    const auto both = apart(peakBesideFrame, kFreeCodec, format, geometry, 4 * kMiB.one);
+    return {name, 1.0, kMiB, "peak beside the frame, free codec", "4 MiB", both};
 }
 
-/** `run` with its exceptions turned into the row's error. */
-template <typename Run>
-auto guarded(Run run) {
-    return [run](benchmark::State& state) {
-        try {
-            run(state);
-        } catch (const std::exception& exception) {
-            state.SkipWithError(exception.what());
-        }
-    };
+Row memoryOfX265(const char* name, Format format) {
+    const auto both = apart(peakBesideFrame, kX265, format, tight(4000, 3000), 64 * kMiB.one);
+    return {name, 1.0, kMiB, "peak beside the frame, x265, 12 megapixels", "64 MiB", both};
 }
 
 }  // namespace
 
-double secondsOf(const std::function<void()>& work) {
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
+std::vector<Row> makeRows() {
+    const Geometry mp1 = tight(1152, 864), mp12 = tight(4000, 3000), mp48 = tight(8000, 6000),
+                   mp200 = tight(16384, 12288);
+    std::vector<Row> rows{
+            {"tiles/i420", 1.5, kMs, "cutting an I420 frame into tiles", kSameBytes, apart(cutTiles, FORMAT_I420)},
+            {"tiles/p010", 1.5, kMs, "cutting a P010 frame into tiles", kSameBytes, apart(cutTiles, FORMAT_P010)},
+            {"tiles/rgba", 1.5, kMs, "cutting an RGBA frame into tiles", kSameBytes, apart(cutTiles, FORMAT_RGBA8888)},
+            {"tiles/nv12", 1.5, kMs, "cutting an NV12 frame into tiles", kSameBytes, apart(cutTiles, FORMAT_NV12)},
+            {"tiles/nv21", 1.5, kMs, "cutting an NV21 frame, swapped", kSameBytes, apart(cutTiles, FORMAT_NV21)},
+            {"swap/nv21", 1.5, kMs, "NV21 chroma to NV12 in place", "one pass of reading and writing the plane",
+             apart(swapChroma)},
+            {"convert/i420", 1.0, kMs, "I420 to NV12", "libyuv's I420ToNV12", apart(convertFrame, FORMAT_I420)},
+            {"convert/p010", 1.0, kMs, "P010 to NV12", "libyuv's Convert16To8Plane on both planes",
+             apart(convertFrame, FORMAT_P010)},
+            {"convert/rgba", 1.0, kMs, "RGBA to NV12", "libyuv's ABGRToNV12", apart(convertFrame, FORMAT_RGBA8888)},
+            {"thumbnail/i420", 1.0, kMs, "thumbnail of an I420 frame", kScaled, apart(makeThumbnail, FORMAT_I420)},
+            {"thumbnail/p010", 1.0, kMs, "thumbnail of a P010 frame", kScaled, apart(makeThumbnail, FORMAT_P010)},
+            {"thumbnail/rgba", 1.0, kMs, "thumbnail of an RGBA frame", kScaled, apart(makeThumbnail, FORMAT_RGBA8888)},
+            {"thumbnail/nv12", 1.5, kMs, "thumbnail of an NV12 frame", kScaled, apart(makeThumbnail, FORMAT_NV12)},
+            {"thumbnail/nv21", 1.5, kMs, "thumbnail of an NV21 frame", kScaled, apart(makeThumbnail, FORMAT_NV21)},
+            {"exif", 1.5, kMs, "analysing 200 EXIF blocks and appending thumbnails", kSameBytes, apart(rewriteExif)},
+            {"live-photo", 3.0, kMs, "appending a 32 MiB video", "cp of the same file", apart(appendVideo)},
 
-double median(std::vector<double> values) {
-    const auto middle = values.begin() + static_cast<ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
-}
+            still("still/1mp", FORMAT_NV12, mp1),
+            still("still/12mp", FORMAT_NV12, mp12),
+            still("still/48mp", FORMAT_NV12, mp48),
+            still("still/200mp", FORMAT_NV12, mp200),
+            still("still/12mp-i420", FORMAT_I420, mp12),
+            still("still/12mp-p010", FORMAT_P010, mp12),
+            still("still/12mp-rgba", FORMAT_RGBA8888, mp12),
+            still("still/12mp-nv21", FORMAT_NV21, mp12),
+            {"linear/time", 1.25, kMs, "free codec, a megapixel of 200", "a megapixel of 48",
+             apart(timesPerMegapixel, mp200, mp48)},
+            {"linear/memory", 1.25, kMiB, "free codec, peak beside the frame, a megapixel of 200", "a megapixel of 48",
+             apart(peaksPerMegapixel, mp200, mp48)},
+            {"encoder/nv12", 1.05, kMs, "whole still, x265", "x265 alone on the same tiles", apart(stillBesideEncoder)},
 
-PairedTimes::PairedTimes(Sides sides) : mSides(std::move(sides)) {
-    // Untimed: memory is touched and code is loaded.
-    mSides.measured();
-    mSides.bound();
-}
+            memoryOfX265("memory/i420", FORMAT_I420),
+            memoryOfX265("memory/p010", FORMAT_P010),
+            memoryOfX265("memory/rgba", FORMAT_RGBA8888),
+            memoryOfX265("memory/nv12", FORMAT_NV12),
+            memoryOfX265("memory/nv21", FORMAT_NV21),
 
-double PairedTimes::timePair() {
-    const bool boundFirst = mRatios.size() % 2 != 0;
-    double bound = boundFirst ? secondsOf(mSides.bound) : 0;
-    const double measured = secondsOf(mSides.measured);
-    if (!boundFirst) bound = secondsOf(mSides.bound);
-    mMeasured.push_back(measured);
-    mBound.push_back(bound);
-    mRatios.push_back(measured / bound);
-    return measured;
-}
-
-Figures PairedTimes::figures() const { return {median(mMeasured), median(mBound), median(mRatios), ""}; }
-
-double PairedTimes::fastest() const { return *std::min_element(mMeasured.begin(), mMeasured.end()); }
-
-void addPairedRow(const char* row, int pairs, std::function<Sides()> prepare) {
-    benchmark::RegisterBenchmark(
-            row, guarded([prepare = std::move(prepare)](benchmark::State& state) { runPairs(state, prepare); }))
-            ->Iterations(pairs)
-            ->UseManualTime();
-}
-
-void addRow(const char* row, std::function<Figures()> measure) {
-    benchmark::RegisterBenchmark(
-            row, guarded([measure = std::move(measure)](benchmark::State& state) { runOnce(state, measure); }))
-            ->Iterations(1)
-            ->UseManualTime();
+            {"heif-enc/time", 1.75, kMs, "./quill still, start of the JVM included", kHeifEnc, timesBesideHeifEnc},
+            {"heif-enc/memory", 1.5, kMiB, "./quill still, JVM included: peak", kHeifEnc, peaksBesideHeifEnc},
+            {"heif-enc/bytes", 1.1, kMiB, "./quill still: size of the file", kHeifEnc, filesBesideHeifEnc},
+    };
+    const std::pair<std::string, Format> layouts[] = {{"", FORMAT_NV12},
+                                                      {"-nv21", FORMAT_NV21},
+                                                      {"-i420", FORMAT_I420},
+                                                      {"-p010", FORMAT_P010},
+                                                      {"-rgba", FORMAT_RGBA8888}};
+    const std::pair<std::string, Geometry> sizes[] = {{"1mp", mp1}, {"12mp", mp12}, {"48mp", mp48}, {"200mp", mp200}};
+    for (const auto& [layout, format] : layouts) {
+        for (const auto& [size, geometry] : sizes) rows.push_back(memory("memory/" + size + layout, format, geometry));
+    }
+    return rows;
 }
 
 }  // namespace quill::bench

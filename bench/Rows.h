@@ -4,50 +4,27 @@
 #include <string>
 #include <vector>
 
+#include "Measuring.h"
+
 namespace quill::bench {
 
-/** Both sides of one row, in seconds or bytes. */
-struct Figures {
-    double measured;
-    double bound;
-    double ratio;
-    std::string remark;  ///< what the figures alone do not say
+/** What figures in seconds or bytes are shown in. */
+struct Unit {
+    double one;
+    const char* name;
 };
 
-/** Two pieces of work that are timed against each other. */
-struct Sides {
-    std::function<void()> measured;
-    std::function<void()> bound;
+/** One row of the table: what is measured, what bounds it, and how many times the bound it may take. */
+struct Row {
+    std::string name;     ///< "subject/case"
+    double most;          ///< of measured / bound
+    Unit unit;            ///< of both sides
+    const char* what;     ///< is measured
+    const char* against;  ///< the bound
+    std::function<Figures()> measure;
 };
 
-/** Seconds that `work` takes. */
-double secondsOf(const std::function<void()>& work);
-/** Of any number of values but none. */
-double median(std::vector<double> values);
-
-/**
- * Times both sides by turns, each as often as the other goes first, so that what else the machine does falls on both.
- * The medians of the times, and of the ratios of the pairs.
- */
-class PairedTimes {
-  public:
-    explicit PairedTimes(Sides sides);
-    /** Times one pair; returns the measured side's seconds. */
-    double timePair();
-    Figures figures() const;
-    /** The measured side's fewest seconds: for a bound that other work on the machine does not slow down. */
-    double fastest() const;
-
-  private:
-    const Sides mSides;
-    std::vector<double> mMeasured;
-    std::vector<double> mBound;
-    std::vector<double> mRatios;
-};
-
-/** A row of `pairs` pairs; `prepare` is called when the row is run. */
-void addPairedRow(const char* row, int pairs, std::function<Sides()> prepare);
-/** A row that brings its own figures. An exception is the row's failure. */
-void addRow(const char* row, std::function<Figures()> measure);
+/** Every row, in the order they are shown. */
+std::vector<Row> makeRows();
 
 }  // namespace quill::bench

@@ -1,115 +1,125 @@
 // Whole stills: through a codec that costs nothing, and through x265.
-#include <algorithm>
-#include <map>
-#include <string>
+#include <unistd.h>
 
-#include "Processes.h"
-#include "Rows.h"
-#include "Scaling.h"
-#include "Subjects.h"
+#include <algorithm>
+#include <cstdlib>
+#include <stdexcept>
+
+#include "Measurements.h"
+#include "QuillHeifWriter.h"
+#include "TileLayout.h"
+#include "codec/EncodePool.h"
+#include "support/TemporaryFiles.h"
 
 namespace quill::bench {
 
+using namespace android;
+using host::EncodePool;
+
 namespace {
 
-constexpr double kSecondsPerTwelveMegapixels = 0.010;
-constexpr double kSparePeak = 64 << 20;
-constexpr double kSmallestPeak = 1 << 20;  // below it other things than the picture's size decide
+constexpr int kQuality = 95;
 
-/** One kind of still, measured in a process of its own. */
-struct StillFigures {
-    Figures times;
-    double peakBytes;  ///< beside the frame
+/** A frame that is written as a still again and again, by a new writer each time. */
+class WholeStill {
+  public:
+    /** Every still of a process has the same device. */
+    WholeStill(const char* device, Format format, const Geometry& geometry)
+            : mDevice(device), mFormat(format), mGeometry(geometry), mFrame(cameraFrame(format, geometry)) {
+        setenv("QUILL_DEVICE", device, 1);
+    }
+
+    const Bytes& frame() const { return mFrame; }
+
+    void write() {
+        const test::TemporaryFile file;
+        const sp<QuillHeifWriter> writer = new QuillHeifWriter;
+        writer->start(mGeometry.width, mGeometry.height, mGeometry.stride, mGeometry.sliceHeight, mFormat, kQuality, 0);
+        const int32_t result =
+                writer->processInputFrame(mFrame.data(), mExif.data(), static_cast<uint32_t>(mExif.size()), file.fd());
+        writer->close();
+        writer->destroy();
+        if (result != 0) throw std::runtime_error("the still was not written");
+    }
+
+    /** Bytes beside the frame. A small still, a grid too, goes before and loads the code. */
+    double peak() {
+        WholeStill small(mDevice, mFormat, {600, 600, 600, 600});
+        return peakBytes([&] { small.write(); }, [&] { write(); });
+    }
+
+  private:
+    const char* const mDevice;
+    const Format mFormat;
+    const Geometry mGeometry;
+    Bytes mExif = cameraExif();
+    Bytes mFrame;
 };
 
-StillFigures measureStill(const std::string& device, const std::string& format, int width, int height, int pairs,
-                          const std::string& bound) {
-    const std::vector<double> numbers = askChild(
-            {"still", device, format, std::to_string(width), std::to_string(height), std::to_string(pairs), bound});
-    return {{numbers.at(0), numbers.at(1), numbers.at(2), ""}, numbers.at(3)};
-}
+double megapixels(const Geometry& geometry) { return 1e-6 * geometry.width * geometry.height; }
 
-/** By row: measured once a run, for several rows are made of the same stills. */
-std::map<std::string, StillFigures>& freeStills() {
-    static std::map<std::string, StillFigures> known;
-    return known;
-}
-
-const StillFigures& freeStill(const StillSize& size, int pairs) {
-    const auto found = freeStills().find(size.row);
-    if (found != freeStills().end()) return found->second;
-    return freeStills()[size.row] = measureStill("free-codec", "nv12", size.width, size.height, pairs, "polling");
-}
-
-Figures againstPolling(const Figures& still, double megapixels) {
-    const double bound = still.bound + kSecondsPerTwelveMegapixels * std::max(1.0, megapixels / 12);
-    return {still.measured, bound, still.measured / bound, ""};
-}
-
-/** What a megapixel costs in the largest picture, against the next smaller one. */
-template <typename Cost>
-Figures growth(const Effort& effort, Cost cost) {
-    const auto perMegapixel = [&](const StillSize& size) {
-        return cost(freeStill(size, effort.stills)) / size.megapixels();
-    };
-    const double large = perMegapixel(effort.sizes.back());
-    const double small = perMegapixel(effort.sizes[effort.sizes.size() - 2]);
-    return {large, small, large / small, ""};
-}
-
-/** The layouts that are converted for the thumbnail, where NV12 is read as it lies. */
-void addConvertedStill(const char* row, const char* format, const Effort& effort) {
-    addRow(row, [=] {
-        const Geometry& frame = effort.frame;
-        const double megapixels = static_cast<double>(frame.width) * frame.height / 1e6;
-        return againstPolling(
-                measureStill("free-codec", format, frame.width, frame.height, effort.stills, "polling").times,
-                megapixels);
-    });
-}
-
-void addMemory(const char* row, const char* format, const Effort& effort) {
-    addRow(row, [=, frame = effort.frame] {
-        const double peak = measureStill("workstation", format, frame.width, frame.height, 0, "none").peakBytes;
-        return Figures{peak, kSparePeak, peak / kSparePeak, ""};
-    });
+/** Opens the stand-in's encoder, without codec, library and file, and codes a frame of whole tiles. */
+void encodeAlone(const Bytes& frame, const Geometry& g) {
+    constexpr useconds_t kPauseUs = 200;
+    host::CodecConfig config;
+    config.width = config.height = kTileSide;
+    config.gridRows = g.height / kTileSide;
+    config.gridCols = g.width / kTileSide;
+    config.layout = host::SampleLayout::kNv12;
+    config.bitDepth = 8;
+    config.quality = kQuality;
+    EncodePool pool(config, [] {});
+    for (int tile = 0; tile < config.pictureCount(); ++tile) {
+        const int x = tile % config.gridCols * kTileSide, y = tile / config.gridCols * kTileSide;
+        // Read where it lies: its chroma begins that many rows below its luma.
+        const int sliceHeight = g.height - y / 2;
+        const uint8_t* const luma = &frame[size_t{1} * g.width * y + x];
+        pool.submit({{{*config.layout, luma, kTileSide, kTileSide, g.width, sliceHeight}}, [] {}, 0});
+    }
+    host::CodedPicture coded;
+    for (int done = 0; done < config.pictureCount();) {
+        const EncodePool::Poll poll = pool.poll(&coded);
+        if (poll == EncodePool::Poll::kFailed) throw std::runtime_error("the encoder failed");
+        poll == EncodePool::Poll::kPicture ? ++done : usleep(kPauseUs);
+    }
 }
 
 }  // namespace
 
-std::vector<ScalingPoint> scalingOf(const Effort& effort) {
-    std::vector<ScalingPoint> points;
-    for (const StillSize& size : effort.sizes) {
-        if (freeStills().count(size.row) == 0) continue;
-        const StillFigures& still = freeStill(size, effort.stills);
-        const Figures figures = againstPolling(still.times, size.megapixels());
-        points.push_back({size.megapixels(), figures.measured, figures.bound, still.peakBytes});
-    }
-    return points;
+Figures stillBesidePolling(Format format, const Geometry& geometry) {
+    constexpr double kSecondsPerTwelveMegapixels = 0.010;
+    WholeStill still(kFreeCodec, format, geometry);
+    const auto write = [&] { still.write(); };
+    const auto twoPolls = [] { usleep(2000), usleep(2000); };
+    const Figures figures = fastest(write, twoPolls);
+    return {figures.measured, figures.bound + kSecondsPerTwelveMegapixels * std::max(1.0, megapixels(geometry) / 12)};
 }
 
-void addFreeCodecStills(const Effort& effort) {
-    for (const StillSize& size : effort.sizes) {
-        addRow(size.row, [=] { return againstPolling(freeStill(size, effort.stills).times, size.megapixels()); });
-    }
-    addConvertedStill("still/12mp-i420", "i420", effort);
-    addConvertedStill("still/12mp-p010", "p010", effort);
-    addConvertedStill("still/12mp-rgba", "rgba", effort);
-    addRow("linear/time",
-           [=] { return growth(effort, [](const StillFigures& still) { return still.times.measured; }); });
-    addRow("linear/memory", [=] {
-        return growth(effort, [](const StillFigures& still) { return std::max(kSmallestPeak, still.peakBytes); });
-    });
+Figures stillBesideEncoder() {
+    const Geometry geometry = quick ? Geometry{1024, 512, 1024, 512} : Geometry{4096, 3072, 4096, 3072};
+    WholeStill still(kX265, FORMAT_NV12, geometry);
+    const auto write = [&] { still.write(); };
+    return fastest(write, [&] { encodeAlone(still.frame(), geometry); });
 }
 
-void addRealEncoderStills(const Effort& effort) {
-    addRow("encoder/nv12", [=] {
-        const Geometry& frame = effort.frame;
-        return measureStill("workstation", "nv12", frame.width, frame.height, effort.stills, "encoder").times;
-    });
-    addMemory("memory/nv12", "nv12", effort);
-    addMemory("memory/p010", "p010", effort);
-    addMemory("memory/rgba", "rgba", effort);
+Figures timesPerMegapixel(const Geometry& large, const Geometry& small) {
+    WholeStill one(kFreeCodec, FORMAT_NV12, large), other(kFreeCodec, FORMAT_NV12, small);
+    const auto writeOne = [&] { one.write(); };
+    const Figures figures = fastest(writeOne, [&] { other.write(); });
+    return {figures.measured / megapixels(large), figures.bound / megapixels(small)};
+}
+
+Figures peaksPerMegapixel(const Geometry& large, const Geometry& small) {
+    constexpr double kSmallestPeak = 1 << 20;  // below it other things than the picture's size decide
+    const auto perMegapixel = [](const Geometry& geometry) {
+        return std::max(double{kSmallestPeak}, WholeStill(kFreeCodec, FORMAT_NV12, geometry).peak()) /
+               megapixels(geometry);
+    };
+    return {perMegapixel(large), perMegapixel(small)};
+}
+
+Figures peakBesideFrame(const char* device, Format format, const Geometry& geometry, double spare) {
+    return {WholeStill(device, format, geometry).peak(), spare};
 }
 
 }  // namespace quill::bench

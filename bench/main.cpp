@@ -1,72 +1,64 @@
-// quill_bench [--quick] [--report DIR] [Google Benchmark's options]: every row beside its budget.
+// quill_bench [--quick] [Google Benchmark's options]: prints every row beside its budget, as a table in Markdown.
 //
 // Exit status: 0 when all rows hold, 1 when one does not or is broken, 2 for wrong usage. With --quick everything is
 // small and measured once, and only broken rows count.
 #include <benchmark/benchmark.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <exception>
 
-#include "Report.h"
-#include "ReportFiles.h"
-#include "Subjects.h"
+#include "Rows.h"
 
 namespace {
 
 using namespace quill::bench;
 
-struct Options {
-    bool quick = false;
-    std::string reportDirectory;
+struct Tally {
+    int held = 0;
+    int missed = 0;
+    int broken = 0;
 };
 
-/** False for what is no option of this program. */
-bool parse(int argc, char** argv, Options* options) {
-    for (int i = 1; i < argc; ++i) {
-        if (strcmp(argv[i], "--quick") == 0) {
-            options->quick = true;
-        } else if (strcmp(argv[i], "--report") == 0 && i + 1 < argc) {
-            options->reportDirectory = argv[++i];
-        } else {
-            fprintf(stderr, "quill_bench: no such option: %s\n", argv[i]);
-            return false;
-        }
-    }
-    return true;
+/** Rows print themselves: nothing is left to do. */
+class NoReport : public benchmark::BenchmarkReporter {
+    bool ReportContext(const Context& /* context */) override { return true; }
+    void ReportRuns(const std::vector<Run>& /* runs */) override {}
+};
+
+bool print(const Row& row, const Figures& figures) {
+    const double ratio = figures.measured / figures.bound;
+    const bool holds = ratio <= row.most;
+    printf("| %-17s | %5.2f | %6.2f | %s | %8.4g | %8.4g | %-3s | %s | %s |\n", row.name.c_str(), ratio, row.most,
+           holds ? "holds " : "MISSED", figures.measured / row.unit.one, figures.bound / row.unit.one, row.unit.name,
+           row.what, row.against);
+    return holds;
 }
 
-void addRows(const Effort& effort) {
-    addTileCutting(effort);
-    addConversions(effort);
-    addThumbnail(effort);
-    addLivePhoto(effort);
-    addFreeCodecStills(effort);
-    addRealEncoderStills(effort);
-    addHeifEnc(effort);
+void run(const Row& row, benchmark::State& state, Tally* tally) {
+    try {
+        for (auto _ : state) {
+            const Figures figures = row.measure();
+            state.counters["measured"] = figures.measured;
+            state.counters["bound"] = figures.bound;
+            ++(print(row, figures) ? tally->held : tally->missed);
+        }
+    } catch (const std::exception& exception) {
+        state.SkipWithError(exception.what());
+        printf("%s is broken: %s\n", row.name.c_str(), exception.what());
+        ++tally->broken;
+    }
+    fflush(stdout);
 }
 
 /** Says how it went; the exit status. */
-int conclude(const Report& report, bool quick) {
-    const std::vector<Result>& results = report.results();
-    const auto missed = std::count_if(results.begin(), results.end(), [](const Result& r) { return !r.holds(); });
-    printf("%zu rows, %td over budget, %d broken%s\n", results.size() + static_cast<size_t>(report.broken()), missed,
-           report.broken(), quick ? " (quick: ratios mean nothing)" : "");
-    if (report.broken() > 0 || results.empty()) return 1;
-    return quick || missed == 0 ? 0 : 1;
-}
-
-int runRows(const Options& options) {
-    const Effort effort = options.quick ? quickEffort() : fullEffort();
-    addRows(effort);
-    Report report;
-    benchmark::RunSpecifiedBenchmarks(&report);
-    if (!options.reportDirectory.empty()) {
-        writeReportFiles(options.reportDirectory, report.results(), scalingOf(effort));
-    }
-    return conclude(report, options.quick);
+int conclude(const Tally& tally) {
+    const int measured = tally.held + tally.missed;
+    printf("%d rows, %d over budget, %d broken%s\n", measured + tally.broken, tally.missed, tally.broken,
+           quick ? " (quick: ratios mean nothing)" : "");
+    const bool holds = quick || tally.missed == 0;
+    return holds && measured > 0 && tally.broken == 0 ? 0 : 1;
 }
 
 }  // namespace
@@ -74,12 +66,20 @@ int runRows(const Options& options) {
 int main(int argc, char** argv) {
     setenv("QUILL_LOG", "silent", 0);
     benchmark::Initialize(&argc, argv);
-    Options options;
-    if (!parse(argc, argv, &options)) return 2;
-    try {
-        return runRows(options);
-    } catch (const std::exception& exception) {
-        fprintf(stderr, "quill_bench: %s\n", exception.what());
-        return 1;
+    quick = argc == 2 && strcmp(argv[1], "--quick") == 0;
+    if (argc > 1 && !quick) {
+        fprintf(stderr, "quill_bench: no such option: %s\n", argv[argc - 1]);
+        return 2;
     }
+    const std::vector<Row> rows = makeRows();
+    Tally tally;
+    for (const Row& row : rows) {
+        const auto runRow = [&](benchmark::State& state) { run(row, state, &tally); };
+        benchmark::RegisterBenchmark(row.name.c_str(), runRow)->Iterations(1);
+    }
+    printf("| row               | ratio | budget |        | measured |    bound |     | what | against |\n"
+           "|-------------------|------:|-------:|--------|---------:|---------:|-----|------|---------|\n");
+    NoReport reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    return conclude(tally);
 }

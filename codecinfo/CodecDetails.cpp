@@ -3,58 +3,83 @@
 #include <string.h>
 
 #include <charconv>
-#include <regex>
+#include <string>
 
 #include <log/log.h>
 #include <media/MediaCodecInfo.h>
 #include <media/stagefright/foundation/MediaDefs.h>
 
 #include "HeicEncoderInfoManager.h"
+#include "TileLayout.h"
 
 namespace android {
 namespace camera3 {
 
 namespace {
 
-// Either separator is met in the field: 64x64-4096x2304 and 64*64-4096*2304.
-constexpr char kSizeRangePattern[] = "([0-9]+)[*x]([0-9]+)-([0-9]+)[*x]([0-9]+)";
-constexpr char kFrameRateNamePattern[] = "measured-frame-rate-([0-9]+)[*x]([0-9]+)-range";
-constexpr char kFrameRatePattern[] = "([0-9]+)-([0-9]+)";
-constexpr char kConstantQualityPattern[] = "(^|,)CQ($|,)";
-
 bool takesOneTile(const IntPair& minSize, const IntPair& maxSize) {
     return maxSize.first >= kTileSide && maxSize.second >= kTileSide && minSize.first <= kTileSide &&
            minSize.second <= kTileSide;
 }
 
-bool readInt(const std::csub_match& digits, int32_t* number) {
-    return std::from_chars(digits.first, digits.second, *number).ec == std::errc{};
-}
+/** Reads a text piece by piece; once a piece does not fit, nothing does. */
+class Scanner {
+  public:
+    explicit Scanner(const char* text) : mNext(text), mEnd(text + strlen(text)) {}
 
-/** Two captures as base-10 ints; false, and nothing stored, for a number that no int holds. */
-bool readIntPair(const std::csub_match& first, const std::csub_match& second, IntPair* pair) {
-    IntPair read;
-    if (!readInt(first, &read.first) || !readInt(second, &read.second)) return false;
-    *pair = read;
-    return true;
-}
+    Scanner& literal(const char* expected) {
+        const size_t length = strlen(expected);
+        mFits = mFits && static_cast<size_t>(mEnd - mNext) >= length && memcmp(mNext, expected, length) == 0;
+        if (mFits) mNext += length;
+        return *this;
+    }
+    /** Devices use both: 64x64-4096x2304 and 64*64-4096*2304. */
+    Scanner& separator() {
+        mFits = mFits && mNext != mEnd && (*mNext == '*' || *mNext == 'x');
+        if (mFits) ++mNext;
+        return *this;
+    }
+    /** Decimal digits, in the range of an int. */
+    Scanner& number(int32_t* value) {
+        mFits = mFits && mNext != mEnd && *mNext >= '0' && *mNext <= '9';
+        if (!mFits) return *this;
+        const auto [next, error] = std::from_chars(mNext, mEnd, *value);
+        mFits = error == std::errc{};
+        mNext = next;
+        return *this;
+    }
+    bool fitsToTheEnd() const { return mFits && mNext == mEnd; }
 
-/** Matches the whole of `text` against a pattern of two captures and reads both. */
-bool matchIntPair(const char* text, const char* pattern, IntPair* pair) {
-    std::cmatch match;
-    return std::regex_match(text, match, std::regex(pattern)) && match.size() == 3 &&
-           readIntPair(match[1], match[2], pair);
-}
+  private:
+    const char* mNext;
+    const char* mEnd;
+    bool mFits = true;
+};
 
 /** False, and nothing stored, for a text that is no size range or has a number in it that no int holds. */
 bool parseSizeRange(const char* text, IntPair* minSize, IntPair* maxSize) {
-    std::cmatch match;
-    if (!std::regex_match(text, match, std::regex(kSizeRangePattern)) || match.size() != 5) return false;
-    IntPair smallest;
-    if (!readIntPair(match[1], match[2], &smallest) || !readIntPair(match[3], match[4], maxSize)) return false;
+    IntPair smallest, largest;
+    Scanner scanner(text);
+    scanner.number(&smallest.first).separator().number(&smallest.second).literal("-");
+    scanner.number(&largest.first).separator().number(&largest.second);
+    if (!scanner.fitsToTheEnd()) return false;
     *minSize = smallest;
+    *maxSize = largest;
     return true;
 }
+
+bool parseFrameRateName(const char* name, IntPair* size) {
+    Scanner scanner(name);
+    scanner.literal("measured-frame-rate-").number(&size->first).separator().number(&size->second).literal("-range");
+    return scanner.fitsToTheEnd();
+}
+
+bool parseFrameRates(const char* text, IntPair* rates) {
+    return Scanner(text).number(&rates->first).literal("-").number(&rates->second).fitsToTheEnd();
+}
+
+/** Whether CQ is one whole element of a comma-separated list. */
+bool hasConstantQuality(const std::string& modes) { return ("," + modes + ",").find(",CQ,") != std::string::npos; }
 
 }  // namespace
 
@@ -117,7 +142,7 @@ HeicEncoderInfoManager::Candidate HeicEncoderInfoManager::considerHevcCodec(cons
         ALOGE("%s: [%s] Failed to query bitrate modes", kSearch, info->getCodecName());
         return Candidate::kPassedOver;
     }
-    if (!std::regex_search(bitrateModes.c_str(), std::regex(kConstantQualityPattern))) return Candidate::kPassedOver;
+    if (!hasConstantQuality(bitrateModes.c_str())) return Candidate::kPassedOver;
 
     IntPair minSize{0, 0};
     IntPair maxSize{0, 0};
@@ -165,12 +190,12 @@ status_t HeicEncoderInfoManager::getFrameRateMaps(sp<AMessage> details, FrameRat
         AMessage::Type type;
         const char* name = details->getEntryNameAt(i, &type);
         IntPair size;
-        if (type != AMessage::kTypeString || !matchIntPair(name, kFrameRateNamePattern, &size)) continue;
+        if (type != AMessage::kTypeString || !parseFrameRateName(name, &size)) continue;
 
         AString value;
         if (!details->getEntryAt(i).find(&value)) continue;
         IntPair rates;
-        if (!matchIntPair(value.c_str(), kFrameRatePattern, &rates)) return BAD_VALUE;
+        if (!parseFrameRates(value.c_str(), &rates)) return BAD_VALUE;
         maps->emplace(size, rates);  // the first entry for a size wins
     }
     return OK;

@@ -8,6 +8,8 @@
 #include <media/stagefright/MediaCodecList.h>
 #include <media/stagefright/foundation/MediaDefs.h>
 
+#include "TileLayout.h"
+
 namespace android {
 namespace camera3 {
 

@@ -13,9 +13,6 @@
 
 namespace android {
 
-/** Side of one tile in samples. Frames larger than a tile in either direction are coded as a grid of them. */
-constexpr int32_t kTileSide = 512;
-
 namespace camera3 {
 
 /** Width and height in pixels, or lowest and highest frames per second. */

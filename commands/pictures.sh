@@ -2,14 +2,15 @@
 # shellcheck shell=bash
 
 run_java() {
-    local dir=$root/build/release quiet=silent argument
+    local dir=$root/build/release quiet=silent argument jars=/usr/share/java
     build release quillheifwriter quill_jar
     for argument in "$@"; do
         [ "$argument" != --verbose ] || quiet=verbose
     done
     # Three quarters of the memory: a 64-megapixel photograph needs its pixels twice. The serial collector starts soonest.
-    QUILL_LOG=${QUILL_LOG:-$quiet} java -XX:MaxRAMPercentage=75 -XX:+UseSerialGC -Djava.library.path="$dir/lib" \
-        -cp "$dir/java/quill.jar:/usr/share/java/picocli.jar:/usr/share/java/jackson-core.jar" com.quill.cli.Quill "$@"
+    LC_ALL=C.UTF-8 QUILL_LOG=${QUILL_LOG:-$quiet} java -XX:MaxRAMPercentage=75 -XX:+UseSerialGC -Djava.library.path="$dir/lib" \
+        -cp "$dir/java/quill.jar:$dir/java/quill-media.jar:$dir/java/quill-android.jar:$jars/picocli.jar:$jars/jackson-core.jar" \
+        com.quill.cli.Quill "$@"
 }
 
 demo() {

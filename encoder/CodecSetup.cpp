@@ -2,29 +2,29 @@
 
 #include <stdint.h>
 #include <string.h>
-#include <strings.h>
 
 #include <algorithm>
 
-#include <cutils/properties.h>
+#include <android/native_window.h>
+#include <gui/IGraphicBufferProducer.h>
 #include <log/log.h>
 #include <media/stagefright/MediaCodecConstants.h>
 #include <media/stagefright/foundation/MediaDefs.h>
 #include <mediadrm/ICrypto.h>
+#include <system/graphics.h>
+#include <ui/GraphicBuffer.h>
+#include <utils/ThreadDefs.h>
 
 #include "HeicEncoderInfoManager.h"
 #include "QuillHeifEncoder.h"
 #include "StatusNames.h"
-#include "TileLayout.h"
-#include "VendorFormats.h"
-#include "VerboseLog.h"
+#include "SystemProperties.h"
 
 namespace android {
 
 namespace {
 
 constexpr char kCodecLooperName[] = "QuillHeifEncoder-MediaCodecLooper";
-constexpr int32_t kAudioPriority = -16;  // a shot is waited for: as urgent as sound
 
 constexpr char kQtiComponent[] = "c2.qti.hevc.encoder";
 constexpr char kMtkComponent[] = "c2.mtk.hevc.encoder";
@@ -38,6 +38,10 @@ constexpr int32_t kHevcProfileMain10 = 2;
 constexpr int32_t kColorStandard = COLOR_STANDARD_BT601_PAL;
 constexpr int32_t kColorTransfer = 2;
 
+constexpr uint64_t kWindowUsage = GraphicBuffer::USAGE_SW_READ_OFTEN | GraphicBuffer::USAGE_SW_WRITE_OFTEN;
+/** One producer fills tile after tile: let it run this many buffers ahead of the codec. */
+constexpr int kBuffersAhead = 32;
+
 /** Both the creation of the codec and the size query ask this one instance. */
 const camera3::HeicEncoderInfoManager& encoderInfo() {
     static const camera3::HeicEncoderInfoManager& manager = camera3::HeicEncoderInfoManager::getInstance();
@@ -49,11 +53,8 @@ bool startsWith(const AString& text, const char (&prefix)[kSize]) {
     return strncmp(text.c_str(), prefix, kSize - 1) == 0;
 }
 
-bool isSnapdragon() {
-    char model[PROPERTY_VALUE_MAX] = {};
-    property_get("ro.soc.model", model, "unknown");
-    return strncasecmp(model, "SM", 2) == 0;
-}
+static_assert(kCodecPlanar == COLOR_FormatYUV420Planar && kCodecSemiPlanar == COLOR_FormatYUV420SemiPlanar &&
+              kCodecSurface == COLOR_FormatSurface);
 
 }  // namespace
 
@@ -81,13 +82,13 @@ status_t QuillHeifEncoder::initializeCodec() {
 
 status_t QuillHeifEncoder::createCodec() {
     AString hevcName;
-    if (!encoderInfo().isSizeSupported(mWidth, mHeight, &mUseGrid, &hevcName)) {
-        ALOGE("%s: Encoder doesnt' support size %d x %d!", __FUNCTION__, mWidth, mHeight);
+    if (!encoderInfo().isSizeSupported(mGeometry.width, mGeometry.height, &mUseGrid, &hevcName)) {
+        ALOGE("%s: Encoder doesnt' support size %d x %d!", __FUNCTION__, mGeometry.width, mGeometry.height);
         return BAD_VALUE;
     }
     mCodecLooper = new ALooper;
     mCodecLooper->setName(kCodecLooperName);
-    const status_t err = mCodecLooper->start(false /* runOnCallingThread */, false /* canCallJava */, kAudioPriority);
+    const status_t err = mCodecLooper->start(false /* runOnCallingThread */, false /* canCallJava */, PRIORITY_AUDIO);
     if (err != OK) {
         ALOGE("%s: Failed to start codec looper: %s (%d)", __FUNCTION__, statusText(err), err);
         return NO_INIT;
@@ -121,10 +122,10 @@ void QuillHeifEncoder::recogniseVendor() {
 }
 
 void QuillHeifEncoder::layOutTiles() {
-    mTileWidth = mUseGrid ? kTileSide : mWidth;
-    mTileHeight = mUseGrid ? kTileSide : mHeight;
-    mGridCols = mUseGrid ? (mWidth + kTileSide - 1) / kTileSide : 1;
-    mGridRows = mUseGrid ? (mHeight + kTileSide - 1) / kTileSide : 1;
+    mTileWidth = mUseGrid ? kTileSide : mGeometry.width;
+    mTileHeight = mUseGrid ? kTileSide : mGeometry.height;
+    mGridCols = mUseGrid ? (mGeometry.width + kTileSide - 1) / kTileSide : 1;
+    mGridRows = mUseGrid ? (mGeometry.height + kTileSide - 1) / kTileSide : 1;
     mNumOutputs = mNumTiles = mGridRows * mGridCols;
 }
 
@@ -172,44 +173,64 @@ void QuillHeifEncoder::setRateParameters(const sp<AMessage>& format) const {
         format->setInt32(KEY_BITRATE_MODE, BITRATE_MODE_CQ);
         format->setInt32(KEY_QUALITY, mQuality);
     }
-    if (mColorFormat == FORMAT_P010 && isSnapdragon()) format->setInt32(KEY_PROFILE, kHevcProfileMain10);
+    if (mFormat != nullptr && mFormat->bitDepth > 8 && isChip("SM")) format->setInt32(KEY_PROFILE, kHevcProfileMain10);
 }
 
 // Raw bits of the frame at 12 bits a pixel, times a target compression of 0.25 x 0.3346, scaled by the quality. The
-// order of the factors is fixed: another order rounds to another number of bits. A quality that is none may lead out of
-// an int.
+// order of the factors is fixed: another order rounds to another number of bits. An invalid quality can overflow an
+// int.
 int32_t QuillHeifEncoder::computeBitrate() const {
-    const double bitrate =
-            static_cast<double>(mWidth * mHeight) * 1.5 * 8.0 * 0.25 * 0.3346 * static_cast<double>(mQuality) / 100.0;
+    const double bitrate = static_cast<double>(mGeometry.width * mGeometry.height) * 1.5 * 8.0 * 0.25 * 0.3346 *
+                           static_cast<double>(mQuality) / 100.0;
     return static_cast<int32_t>(std::clamp<double>(bitrate, INT32_MIN, INT32_MAX));
 }
 
 void QuillHeifEncoder::getEncodeColorFormat() {
-    switch (mColorFormat) {
-        case FORMAT_I420:
-            mCodecColorFormat = COLOR_FormatYUV420Planar;
-            mInputBufferSize = kTileBytesYuv8;
-            break;
-        case FORMAT_P010:
-            mCodecColorFormat = mIsVendorHevc ? COLOR_FormatSurface : kVendorP010SemiPlanar;
-            mInputBufferSize = kTileBytesP010;
-            break;
-        case FORMAT_RGBA8888:
-            mCodecColorFormat = COLOR_FormatSurface;
-            mInputBufferSize = kTileBytesRgba;
-            break;
-        case FORMAT_NV12:
-        case FORMAT_NV21:
-            mCodecColorFormat = COLOR_FormatYUV420SemiPlanar;
-            mInputBufferSize = kTileBytesYuv8;
-            break;
-        default:
-            break;
-    }
+    if (mFormat == nullptr) return;
+    mCodecColorFormat = usesSurfacePath() ? kCodecSurface : mFormat->bufferFormat;
+    mInputBufferSize = static_cast<uint64_t>(tileBytes(*mFormat));
 }
 
 bool QuillHeifEncoder::usesSurfacePath() const {
-    return mColorFormat == FORMAT_RGBA8888 || (mColorFormat == FORMAT_P010 && mIsVendorHevc);
+    if (mFormat == nullptr) return false;
+    return mFormat->input == TileInput::kSurface || (mFormat->input == TileInput::kVendorSurface && mIsVendorHevc);
+}
+
+void QuillHeifEncoder::createSurfaceForEncoder() {
+    if (isVerboseLogEnabled()) ALOGI("Creating input surface for encode.");
+    const int32_t pixelFormat = surfacePixelFormat();
+
+    sp<IGraphicBufferProducer> producer;
+    const status_t created = mCodec->createInputSurface(&producer);
+    if (created != OK || producer == nullptr) return;  // the first frame then finds no window and fails
+    mSurface = new Surface(producer, true /* controlledByApp */);
+    mNativeWindow = mSurface;
+
+    ANativeWindow_setBuffersGeometry(mNativeWindow.get(), kTileSide, kTileSide, pixelFormat);
+    status_t err = native_window_set_usage(mNativeWindow.get(), kWindowUsage);
+    if (err != OK) {
+        ALOGE("native_window_set_usage failed: %s (%d)", statusText(err), negated(err));
+        return;
+    }
+    mSurface->setMaxDequeuedBufferCount(kBuffersAhead);
+    err = native_window_api_connect(mNativeWindow.get(), NATIVE_WINDOW_API_CPU);
+    // "connect from" on purpose: the wording is part of the interface.
+    if (err != OK) ALOGE("Failed to connect from surface, err %d", err);
+}
+
+int32_t QuillHeifEncoder::surfacePixelFormat() const {
+    if (mFormat != nullptr && mFormat->chroma == Chroma::kNone) return HAL_PIXEL_FORMAT_RGBA_8888;
+    if (!usesSurfacePath()) return kVendorP010SemiPlanar;
+    // This one chip's encoder takes its own P010 layout from a surface; all others take the platform's.
+    const int32_t format = isChip("SM8350") ? kVendorP010SemiPlanar : static_cast<int32_t>(HAL_PIXEL_FORMAT_YCBCR_P010);
+    if (isVerboseLogEnabled()) ALOGI("Surface color-format: %d", format);
+    return format;
+}
+
+void QuillHeifEncoder::releaseSurface() {
+    if (!usesSurfacePath() || mNativeWindow == nullptr) return;
+    const status_t err = native_window_api_disconnect(mNativeWindow.get(), NATIVE_WINDOW_API_CPU);
+    if (err != OK) ALOGE("Failed to disconnect from surface, err %d", err);
 }
 
 }  // namespace android

@@ -16,7 +16,8 @@
 #include <utils/Errors.h>
 #include <utils/RefBase.h>
 
-#include "InputColorFormat.h"
+#include "Lease.h"
+#include "TileLayout.h"
 
 namespace android {
 
@@ -24,12 +25,13 @@ namespace android {
  * Turns one camera frame into the coded tiles of a HEIF image with one platform HEVC encoder (ITU-T H.265).
  *
  * Order of calls: construct, `initializeCodec`, `start`, `addYuvBuffer`, `getFormat`, `close`. No lock of its own: all
- * calls come from one thread at a time. One frame per encoder: a second `addYuvBuffer` feeds nothing and only drains.
+ * calls but `close` come from one thread at a time. One frame per encoder: a second `addYuvBuffer` feeds nothing and
+ * only drains.
  */
 class QuillHeifEncoder : public RefBase {
   public:
     /** Sizes in samples, `quality` 0-100, `colorFormat` an `InputColorFormat`. Never fails. */
-    QuillHeifEncoder(int width, int height, int stride, int verticalStride, int colorFormat, int quality);
+    QuillHeifEncoder(int width, int height, int stride, int sliceHeight, int colorFormat, int quality);
 
     /** Starts the codec; NO_INIT without one. */
     virtual status_t start();
@@ -38,14 +40,17 @@ class QuillHeifEncoder : public RefBase {
      * buffer per coded tile to `out`, in tile order. Blocks. After a failure `out` keeps what had been appended.
      */
     virtual status_t addYuvBuffer(uint8_t* frame, std::vector<sp<ABuffer>>& out);
-    /** Stops and releases the codec. Must come before the last reference goes. */
+    /**
+     * Stops and releases the codec. Must come before the last reference goes. May come from a second thread, as the
+     * last call: a codec that is stopped ends an `addYuvBuffer` on the first thread with an error.
+     */
     virtual void close();
 
     /**
-     * Makes a frame in work on another thread end soon, with an error. The one call that may come from a second thread;
-     * only `close` may follow.
+     * The frame of `addYuvBuffer` is read under this lease, at most a tile at a time and never across a platform call.
+     * Once it is revoked the frame ends with TIMED_OUT. The lease outlives `addYuvBuffer`.
      */
-    void interrupt();
+    void setFrameLease(Lease* lease) { mFrameLease = lease; }
     /** Creates and configures the codec; 0 on success. */
     status_t initializeCodec();
     /**
@@ -53,7 +58,6 @@ class QuillHeifEncoder : public RefBase {
      * data) turned into that of the whole image. Null before the first frame has produced output.
      */
     sp<AMessage> getFormat();
-    /** Forwards to the capability manager. */
     bool isSizeSupportedByHeifEncoder(int width, int height, bool* useGrid, AString* hevcName);
     /** Chooses `mCodecColorFormat` and `mInputBufferSize` by the frame's format; both stay for an unknown one. */
     void getEncodeColorFormat();
@@ -88,7 +92,7 @@ class QuillHeifEncoder : public RefBase {
     ~QuillHeifEncoder() override;
 
   private:
-    /** How the codec was made, and with it which rate control it gets. */
+    /** Which rate control the codec gets. */
     enum BitrateMode : int32_t {
         kConstantQuality = 0,  ///< a component asked for by name
         kConstantBitrate = 2,  ///< whichever HEVC encoder the platform picks
@@ -107,7 +111,8 @@ class QuillHeifEncoder : public RefBase {
     bool usesSurfacePath() const;
 
     status_t encodeFrame(uint8_t* frame, std::vector<sp<ABuffer>>& out);
-    /** How far the draining of one frame is, and how much more of the codec it puts up with. */
+    static constexpr size_t kNewsWithoutTile = 1500;
+    /** How far the draining of one frame is, and what of the codec it still accepts. */
     struct Draining {
         size_t retriesLeft;  ///< waits without output, in the whole frame
         size_t newsLeft;     ///< changes announced and buffers that are no tile, until the next tile
@@ -117,19 +122,19 @@ class QuillHeifEncoder : public RefBase {
     status_t drainOutput(Draining* draining, std::vector<sp<ABuffer>>& out);
     status_t collectOutput(size_t index, uint32_t flags, Draining* draining, std::vector<sp<ABuffer>>& out);
     status_t keepTile(const sp<ABuffer>& tile, Draining* draining, std::vector<sp<ABuffer>>& out);
-    /** Zeroes the `bytes` of a tile's buffer when the tile does not fill it. */
-    void clearEdgeTile(void* buffer, int tileIndex, size_t bytes) const;
-    /** Of a surface buffer of `stride` pixels a row. */
-    size_t surfaceTileBytes(int32_t stride) const;
+    /** Zeroes the `bytes` of the next tile's buffer if the tile does not fill it. */
+    void clearEdgeTile(uint8_t* buffer, size_t bytes) const;
+    /** The body of `fillInputBuffer`, for any format. */
+    void copyTileOf(const FrameFormat& format, uint8_t* dst, uint8_t* frame, int tileIndex, int dstStride) const;
     /** Lays the next tile into codec input buffer `index`, which `buffer` then holds. */
     status_t fillCodecBuffer(size_t index, uint8_t* frame, sp<MediaCodecBuffer>* buffer);
+    /** Lays the next tile into a buffer of the input surface. */
+    status_t fillSurfaceBuffer(ANativeWindowBuffer* windowBuffer, const uint8_t* frame);
 
-    int32_t mWidth;
-    int32_t mHeight;
-    int32_t mStride;
-    int32_t mVStride;
-    int32_t mColorFormat;
-    int32_t mQuality;
+    const FrameGeometry mGeometry;
+    const int32_t mColorFormat;
+    const FrameFormat* const mFormat;  ///< null for a code that is not known
+    const int32_t mQuality;
     bool mUseGrid = true;
     int32_t mTileWidth = 0;
     int32_t mTileHeight = 0;
@@ -149,6 +154,8 @@ class QuillHeifEncoder : public RefBase {
     sp<AMessage> mOutputFormat;
     sp<ANativeWindow> mNativeWindow;
     sp<Surface> mSurface;
+    Lease mNeverRevoked;
+    Lease* mFrameLease = &mNeverRevoked;
 };
 
 }  // namespace android

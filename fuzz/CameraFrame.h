@@ -1,29 +1,24 @@
 #pragma once
 
-#include <string.h>
-
+#include <algorithm>
 #include <memory>
 
 #include "ByteSource.h"
-#include "FrameBytes.h"
+#include "Frame.h"
 
 namespace quill::fuzz {
 
 /**
  * A heap block that is used again and again from wherever makes the bytes in use its last ones: a step past them is one
- * past the block, which the sanitizers see. New blocks of such sizes for every input leave most of the time to the
- * kernel.
+ * past the block, which the sanitizers see.
  */
 class TailBlock {
   public:
-    explicit TailBlock(size_t capacity) : mCapacity(capacity), mData(new uint8_t[capacity]) {}
+    explicit TailBlock(size_t capacity) : mCapacity(capacity), mData(new uint8_t[capacity]()) {}
 
     uint8_t* last(size_t bytes) {
         require(bytes <= mCapacity, "a small frame");
         return mData.get() + mCapacity - bytes;
-    }
-    uint8_t* last(size_t bytes, uint8_t filledWith) {
-        return static_cast<uint8_t*>(memset(last(bytes), filledWith, bytes));
     }
 
   private:
@@ -31,28 +26,33 @@ class TailBlock {
     const std::unique_ptr<uint8_t[]> mData;
 };
 
-/** Sizes of a frame in samples, and its layout. */
-struct Geometry {
-    int32_t width, height, stride, sliceHeight, format;
+constexpr size_t kLargestFrame = size_t{1} << 20;
 
-    /** What a caller of the library owes. */
-    size_t bytes() const { return static_cast<size_t>(android::frameBytes(width, stride, sliceHeight, format).whole); }
+/** A frame of any format and geometry; one that is not sane or is too large for this has no bytes. */
+struct CameraFrame {
+    explicit CameraFrame(ByteSource& script, int32_t largestSide)
+            : format(*android::findFrameFormat(script.number<int32_t>(0, 4))) {
+        geometry.width = side(script, 1, largestSide);
+        geometry.height = side(script, 1, largestSide);
+        geometry.stride = side(script, geometry.width, largestSide);
+        geometry.sliceHeight = side(script, geometry.height, largestSide);
+        if (!geometry.isSane()) return;
+        const android::FrameBytes size = android::frameBytes(format.code, geometry);
+        require(0 <= size.least && size.least <= size.whole && size.whole <= INT32_MAX, "sizes of a frame");
+        static TailBlock block(kLargestFrame);
+        if (size.whole <= static_cast<int64_t>(kLargestFrame)) bytes = block.last(static_cast<size_t>(size.whole));
+    }
+
+    const android::FrameFormat& format;
+    android::FrameGeometry geometry{};
+    uint8_t* bytes = nullptr;
+
+  private:
+    static int32_t side(ByteSource& script, int32_t low, int32_t largest) {
+        constexpr int32_t kExtremes[] = {INT32_MIN, -1, 0, 32767, 46341, 65535, 536870911, 536870912, INT32_MAX};
+        if (script.number(0, 15) == 15) return script.oneOf(kExtremes);
+        return std::clamp(low, 1, largest) + script.number(0, largest);
+    }
 };
-
-constexpr size_t kLargestFrame = size_t{1} << 22;
-
-/** A frame of noise, to be left as it is. The next one takes its place. */
-inline uint8_t* cameraFrame(const Geometry& geometry) {
-    static TailBlock* const noise = [] {
-        auto* const block = new TailBlock(kLargestFrame);
-        uint32_t state = 1;
-        for (size_t i = 1; i <= kLargestFrame; ++i) {
-            state = state * 1664525 + 1013904223;
-            *block->last(i) = static_cast<uint8_t>(state >> 24);
-        }
-        return block;
-    }();
-    return noise->last(geometry.bytes());
-}
 
 }  // namespace quill::fuzz

@@ -9,6 +9,8 @@ namespace android {
 
 class QuillHeifWriter;
 
+constexpr char kWriterClass[] = "com/quill/media/QuillHeifWriter";
+
 /**
  * What an options object holds, as local references of the calling thread in the order they are read; each null when
  * absent. Nothing is copied.
@@ -23,14 +25,9 @@ struct ParsedOptions {
 /** Reads `options` (may be null); checks neither types nor presence. */
 ParsedOptions parseOptions(JNIEnv* env, jobject options);
 
-/** The writer behind a Java handle, held for the length of one call. Null for the handle 0. */
-sp<QuillHeifWriter> writerOf(jlong handle);
-
-/** Throws IllegalStateException with `message`. */
-void throwNotSetUp(JNIEnv* env, const char* message);
-
-/** True when `fd` can be asked for its mode and is not open read-only. */
-bool isWritable(int fd);
+/** The writer behind a Java handle, held for the length of one call. For the handle 0 null, with an exception thrown.
+ */
+sp<QuillHeifWriter> writerOf(JNIEnv* env, jlong handle, const char* message = "Muxer was not set up correctly");
 
 // The native methods of com.quill.media.QuillHeifWriter. Each blocks the calling Java thread; the Java side makes one
 // call at a time per handle. Results: a handle or 0, -1 on failure.

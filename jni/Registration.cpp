@@ -1,4 +1,4 @@
-#include "JniNames.h"  // first: it names the log tag
+#define LOG_TAG "NativeHeifWriter"
 
 #include "HeifWriterJni.h"
 
@@ -22,6 +22,7 @@ namespace {
 
 using namespace android;
 
+constexpr char kOptionsClass[] = "com/quill/media/QuillHeifWriter$Options";
 constexpr struct {
     jfieldID* id;
     const char* name;

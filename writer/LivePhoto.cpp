@@ -1,23 +1,17 @@
 #define LOG_TAG "QuillHeifWriter"
 
 #include <log/log.h>
-#include <media/stagefright/MediaMuxer.h>
 
 #include "BoxAppender.h"
-#include "QuillHeifEncoder.h"
-#include "QuillHeifWriter.h"
+#include "InputFrame.h"
 
 namespace android {
 
 int QuillHeifWriter::createLivePhoto(uint8_t* yuv, uint8_t* exif, uint32_t exifLen, char* xmp, uint32_t xmpLen,
                                      uint8_t* fileExtender, uint32_t fileExtenderLen, int gainmapFd, int videoFd,
                                      int fd) {
-    if (xmpLen != 0) {
-        // Stays set for the writer's life, on purpose: a later frame without a packet keeps this one.
-        mXmpData = reinterpret_cast<uint8_t*>(xmp);
-        mXmpSize = xmpLen;
-        mHasXmp = true;
-    }
+    // Stays set for the writer's life, on purpose: a later frame without a packet gets this one.
+    if (xmpLen != 0) mXmpData.assign(xmp, xmpLen);
     if (processInputFrame(yuv, exif, exifLen, fd) == -1) {
         ALOGE("fail to encode heif");
         return -1;

@@ -4,14 +4,21 @@
 
 #include "QuillHeifWriter.h"
 
-#include <stdlib.h>
+#include <stdio.h>
+#include <string.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <exception>
+#include <functional>
+#include <memory>
+#include <thread>
 #include <utility>
 
 #include <log/log.h>
-#include <media/stagefright/MediaMuxer.h>
+#include <utils/ThreadDefs.h>
 
+#include "InputFrame.h"
 #include "QuillHeifEncoder.h"
 
 namespace android {
@@ -19,38 +26,70 @@ namespace android {
 namespace {
 
 constexpr char kLooperName[] = "QuillHeifWriter-ProcessInputFrame";
-constexpr int32_t kAudioPriority = -16;  // a shot is waited for: as urgent as sound
 
-/** What every later product of the geometry relies on: a whole picture inside the frame, and sizes that fit. */
-bool isSaneGeometry(int32_t width, int32_t height, int32_t stride, int32_t sliceHeight) {
-    constexpr int64_t kLargestSampleBytes = 4;
-    return width >= 1 && height >= 1 && stride >= width && sliceHeight >= height &&
-           kLargestSampleBytes * stride <= INT32_MAX / sliceHeight;
+struct Job {
+    std::function<void()> work;
+    std::atomic<bool> returned{false};
+
+    void run() {
+        work();
+        work = nullptr;  // what it holds goes on this thread too
+        returned = true;
+    }
+};
+
+/** Polls until `condition` holds, 2 s at most; what it said last. Most hold within a millisecond. */
+bool waitInTime(const std::function<bool()>& condition) {
+    constexpr useconds_t kFirstIntervalUs = 200, kPollIntervalUs = 2000;
+    constexpr int kFirstPolls = 10, kPolls = 1000;
+    for (int i = 0; i < kPolls && !condition(); ++i) usleep(i < kFirstPolls ? kFirstIntervalUs : kPollIntervalUs);
+    return condition();
+}
+
+/**
+ * Calls `work` on a thread of its own and waits for it, 2 s at most. False if it has not returned then: the thread is
+ * left behind with all that `work` holds. Where no thread can be had, `work` runs on the caller's, however long that
+ * takes.
+ */
+bool returnsInTime(std::function<void()> work) {
+    std::shared_ptr<Job> job;
+    try {
+        job = std::make_shared<Job>();
+        job->work = std::move(work);
+        std::thread([job] { job->run(); }).detach();
+    } catch (const std::exception&) {
+        (job == nullptr ? work : job->work)();
+        return true;
+    }
+    return waitInTime([&] { return job->returned.load(); });
 }
 
 }  // namespace
 
 QuillHeifWriter::QuillHeifWriter() { ALOGD("QuillHeifWriter()"); }
 
-// Frees neither the track indices nor the in-memory result: `close` and `destroy` have done so.
+// Does not free the in-memory result: `destroy` has done so. On the looper's own thread if that was left behind and
+// comes back.
 QuillHeifWriter::~QuillHeifWriter() {
     ALOGD("~QuillHeifWriter()");
-    for (const InputFrame& frame : mInputFrames) free(frame.exifData);  // of a frame that was never finished
     mInputFrames.clear();
     mLooper.clear();
-    mMuxer.clear();
-    mOutputFormat.clear();
+    mQueuedFrame.clear();
     mEncoder.clear();
 }
 
 void QuillHeifWriter::start(int32_t width, int32_t height, int32_t stride, int32_t sliceHeight, int32_t colorFormat,
                             int32_t quality, int32_t rotation) {
     ATRACE_NAME("start");
+    if (isLooperAtWork()) {
+        ALOGE("The writer is at work on a frame and is not started again");
+        return;
+    }
     // A handler belongs to one looper; a second start moves it over to the new one.
     if (mLooper != nullptr) mLooper->unregisterHandler(id());
     mLooper = new ALooper;
     mLooper->setName(kLooperName);
-    mLooper->start(false /* runOnCallingThread */, true /* canCallJava */, kAudioPriority);
+    mLooper->start(false /* runOnCallingThread */, true /* canCallJava */, PRIORITY_AUDIO);
     mLooper->registerHandler(this);
     mEncodedData = nullptr;
     mEncodedSize = 0;
@@ -65,14 +104,12 @@ void QuillHeifWriter::start(int32_t width, int32_t height, int32_t stride, int32
 status_t QuillHeifWriter::initEncoder(int32_t width, int32_t height, int32_t stride, int32_t sliceHeight,
                                       int32_t colorFormat, int32_t quality, int32_t rotation) {
     ATRACE_NAME("initEncoder");
-    mWidth = width;
-    mHeight = height;
-    mStride = stride;
-    mSliceHeight = sliceHeight;
+    mGeometry = {width, height, stride, sliceHeight};
     mColorFormat = colorFormat;
+    mFormat = findFrameFormat(colorFormat);
     mQuality = quality;
     mRotation = rotation;
-    if (!isSaneGeometry(width, height, stride, sliceHeight)) {
+    if (!mGeometry.isSane()) {
         ALOGE("HeifEncoder Init Failed");
         return BAD_VALUE;
     }
@@ -93,84 +130,56 @@ status_t QuillHeifWriter::initEncoder(int32_t width, int32_t height, int32_t str
 void QuillHeifWriter::setCallback(Callback callback) { mCallback = callback; }
 
 FrameBytes QuillHeifWriter::expectedFrame() const {
-    if (mInitStatus != OK) return {0, 0};
-    return frameBytes(mWidth, mStride, mSliceHeight, mColorFormat);
+    return mInitStatus == OK ? frameBytes(mColorFormat, mGeometry) : FrameBytes{0, 0};
 }
 
-void QuillHeifWriter::onMessageReceived(const sp<AMessage>& msg) {
-    ATRACE_NAME("onMessageReceived");
-    if (msg->what() != kWhatProcessInputFrameNotify) {
-        ALOGE("shouldn't be here");
-        return;
-    }
-    ALOGD("kWhatProcessInputFrameNotify, inputFrames size %zu", mInputFrames.size());
-    if (!mInputFrames.empty()) {
-        writeHeadFrame();
-        takeExif();
-        clearTopInputFrameExifData();
-        mInputFrames.removeAt(0);
-    }
-    mFrameInFlight.store(false, std::memory_order_release);
-    ALOGD("kWhatProcessInputFrameNotify done");
-}
+bool QuillHeifWriter::isLooperAtWork() const { return mQueuedFrame != nullptr && mQueuedFrame->workLease.isInUse(); }
 
-void QuillHeifWriter::writeHeadFrame() {
-    mMuxer = MediaMuxer::create(mInputFrames[0].fd, MediaMuxer::OUTPUT_FORMAT_HEIF);
-    addYuvBuffer(mInputFrames[0].yuv);
-    ALOGD("process Heif file finish");
-    // A muxer that never started is kept as it is and the frame never reported as done: the caller times out.
-    if (mMuxer != nullptr && mMuxerStarted) finishFile();
-}
-
-void QuillHeifWriter::finishFile() {
-    const InputFrame& frame = mInputFrames[0];
-    mMuxer->stop();
-    mMuxer.clear();
-    mMuxerStarted = false;
-    if (frame.isFileFd == 0) ALOGE("%s: not support memory fd", "onMessageReceived");
-    if (mCallback != nullptr) mCallback(0, mEncodedData, mEncodedSize);
-    // Read before the flag: once it is set the caller may queue and return.
-    const InputFrame finished = frame;
-    mEncodeDone.store(true, std::memory_order_release);
-    if (finished.isFileFd == 0 && ::close(finished.fd) != 0) ALOGD("close encode file failed!");
-}
-
-bool QuillHeifWriter::isFrameInFlight() const { return mFrameInFlight.load(std::memory_order_acquire); }
-
-void QuillHeifWriter::holdUntilDestroyed(std::shared_ptr<void> memory) { mHeldMemory.push_back(std::move(memory)); }
-
-// A frame that timed out is still with the looper. Stopping the codec ends it soon, joining the looper makes sure; only
-// then may the encoder go.
-void QuillHeifWriter::abandonFrame() {
-    if (!isFrameInFlight()) return;
-    mEncoder->interrupt();
-    mLooper->stop();
-    mFrameInFlight.store(false, std::memory_order_release);
-}
-
+// On a thread of its own, because a codec that hangs may hold the one that stops it. The looper then comes back by
+// itself: its calls on a codec that is stopped fail.
 void QuillHeifWriter::close() {
     if (mEncoder != nullptr) {
-        abandonFrame();
-        mEncoder->close();
-        mEncoder.clear();
+        const bool closed = returnsInTime([encoder = std::move(mEncoder)] { encoder->close(); });
+        if (!closed) ALOGE("The codec does not stop: it is left behind with the thread that waits for it");
     }
-    mOutputFormat.clear();
-    delete[] mTrackIndices;
-    mTrackIndices = nullptr;
+    waitInTime([this] { return !isLooperAtWork(); });
 }
 
 void QuillHeifWriter::destroy() {
     if (mLooper != nullptr) {
         ALOGI("stop looper");
-        mLooper->stop();
-        mLooper.clear();
+        // A looper left behind goes with the writer, once its call returns.
+        if (isLooperAtWork()) {
+            ALOGE("The platform holds the looper: it is left behind");
+        } else {
+            mLooper->stop();
+            mLooper.clear();
+        }
     }
-    mHeldMemory.clear();
     if (mEncodedData != nullptr) {
         delete[] mEncodedData;
         mEncodedData = nullptr;
         mEncodedSize = 0;
     }
+}
+
+bool QuillHeifWriter::getEncData(uint8_t** data, uint32_t* size) {
+    const bool done = mQueuedFrame != nullptr && mQueuedFrame->encodeDone.load(std::memory_order_acquire);
+    if (data == nullptr || size == nullptr || !done) return false;
+    ALOGI("Get encoded size %d", static_cast<int>(mEncodedSize));
+    *data = new uint8_t[mEncodedSize];
+    *size = mEncodedSize;
+    if (mEncodedSize > 0) memcpy(*data, mEncodedData, mEncodedSize);
+    return true;
+}
+
+void QuillHeifWriter::saveBuffer(const void* buf, int32_t len, const char* path) {
+    const std::unique_ptr<FILE, int (*)(FILE*)> file(fopen(path, "wb"), fclose);
+    if (file == nullptr) {
+        ALOGE("saveBuffer error");
+        return;
+    }
+    if (len > 0) fwrite(buf, 1, static_cast<size_t>(len), file.get());
 }
 
 }  // namespace android

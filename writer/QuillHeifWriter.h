@@ -3,8 +3,8 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#include <atomic>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include <media/stagefright/foundation/ABuffer.h>
@@ -13,36 +13,27 @@
 #include <media/stagefright/foundation/AMessage.h>
 #include <utils/Errors.h>
 #include <utils/StrongPointer.h>
-#include <utils/Vector.h>
 
-#include "FrameBytes.h"
+#include "Frame.h"
 
 namespace android {
 
-struct MediaMuxer;
 class QuillHeifEncoder;
 
 /**
- * One HEIF writer: encodes a camera frame and muxes it, with its EXIF block, to the caller's descriptor.
+ * One HEIF writer: encodes one camera frame and muxes it, with its EXIF block, to the caller's descriptor.
  *
- * Reference counted; always held by strong pointers. Two threads touch it: the caller's, and the writer's own looper
- * "QuillHeifWriter-ProcessInputFrame", which encodes and muxes. They hand over by one posted message and two flags;
- * there is no lock, and one frame is in flight at a time. Order of calls: `start`, `processInputFrame`, `close`,
- * `destroy`.
+ * Always held by strong pointers. Two threads touch it without a lock: the caller's, and the writer's own looper
+ * "QuillHeifWriter-ProcessInputFrame", which encodes and muxes (InputFrame.h). Calls come from one thread at a time, in
+ * the order `start`, `processInputFrame`, `close`, `destroy`. Each returns within a bounded time, whatever the platform
+ * does; `start` waits for the codec's own calls.
  */
 class QuillHeifWriter : public AHandler {
   public:
     /** Called on the looper thread when a file is finished: 0, and the in-memory result (always null and 0). */
     using Callback = void (*)(int, void*, unsigned int);
 
-    /** One queued frame. A plain record, moved bitwise: it owns nothing by itself. */
-    struct InputFrame {
-        uint8_t* yuv;       ///< the caller's pixels, not copied: alive until `processInputFrame` returns
-        uint8_t* exifData;  ///< the writer's own malloc'ed copy of the EXIF block, or null
-        uint32_t exifSize;  ///< bytes in `exifData`
-        int32_t fd;         ///< the caller's descriptor, -1 when none
-        int32_t isFileFd;   ///< 1 for a real file; 0 would mean a destination in memory, which is not supported
-    };
+    struct InputFrame;  ///< one queued frame, see InputFrame.h
 
     QuillHeifWriter();
 
@@ -62,16 +53,16 @@ class QuillHeifWriter : public AHandler {
 
     /**
      * Writes one HEIF file to `fd` (open for writing; never closed here). Blocks the caller, at most 10 s. `yuv` has
-     * the geometry of `start`; NV21 chroma is left in NV12 order. `exif` may be null. 0 when the file was finished,
-     * -1 otherwise; after a time-out the looper may still be using `yuv`: see `isFrameInFlight`. A frame before this
-     * one that the looper never gets done with is waited for in vain: -1, nothing written.
+     * the geometry of `start`; NV21 chroma is left in NV12 order. `exif` may be null. 0 when the file was finished.
+     * After -1 nothing of the caller's is touched any more, and its file is as it was, with one exception: a muxer that
+     * was writing when the time ran out may still complete the still. A second frame is refused: -1 at once.
      */
     int32_t processInputFrame(uint8_t* yuv, uint8_t* exif, uint32_t exifLen, int32_t fd);
 
     /**
      * Writes a live photo: the still as `processInputFrame` does, with the XMP packet `xmp` (`xmpLen` bytes, 0 for
-     * none; valid until the looper is done with the frame), then the video, the gain map (-1 for none) and
-     * `fileExtender` (null for none) as boxes. 0, or -1 with the file left as far as it was written.
+     * none), then the video, the gain map (-1 for none) and `fileExtender` (null for none) as boxes. 0, or -1 with the
+     * file left as far as it was written.
      */
     int createLivePhoto(uint8_t* yuv, uint8_t* exif, uint32_t exifLen, char* xmp, uint32_t xmpLen,
                         uint8_t* fileExtender, uint32_t fileExtenderLen, int gainmapFd, int videoFd, int fd);
@@ -84,14 +75,9 @@ class QuillHeifWriter : public AHandler {
     static const char mXmpDataHead[967];
     static const char mXmpDataTail[153];
 
-    /** True while the looper may touch the pixels of a frame, which after a time-out is beyond the call. */
-    bool isFrameInFlight() const;
-    /** Keeps `memory` until `destroy` has seen the looper end: pixels of a frame that timed out, an XMP packet. */
-    void holdUntilDestroyed(std::shared_ptr<void> memory);
-
-    /** Closes and releases the encoder; waits for a frame in flight to end, which it hastens. */
+    /** Closes and releases the encoder, which ends a frame in work. */
     void close();
-    /** Stops the looper and joins its thread. */
+    /** Stops the looper and joins its thread. A looper that a platform call holds is left behind instead. */
     void destroy();
 
     /**
@@ -101,6 +87,7 @@ class QuillHeifWriter : public AHandler {
     bool getEncData(uint8_t** data, uint32_t* size);
     /** Debug dump of `len` bytes of `buf` to the file `path`. */
     void saveBuffer(const void* buf, int32_t len, const char* path);
+
     // EXIF: see ExifBlock.h for what is read and written.
     /**
      * True when the block (`exifLen` bytes) is to get a thumbnail; `initPosition`, 0 on entry, is then the offset of
@@ -113,8 +100,7 @@ class QuillHeifWriter : public AHandler {
      * with nothing changed, when there is no thumbnail to be had.
      */
     bool alterExif(uint8_t* yuv, uint8_t* oldExif, uint8_t* newExif, uint32_t& exifSize, uint32_t initPosition);
-    /** Caller's thread: replaces the queued frame's block, unless the looper has taken it. `yuv`: the caller's frame.
-     */
+    /** Caller's thread: replaces the queued frame's block, unless the looper has taken it. `yuv`: the frame. */
     void changeExif(uint8_t* yuv, uint8_t* exif, uint32_t exifSize, uint32_t initPosition);
 
     // Thumbnail: 256 pixels wide, 8-bit NV12 without padding, then JPEG.
@@ -126,13 +112,13 @@ class QuillHeifWriter : public AHandler {
     /** Bytes of an NV12 thumbnail, and the most that its JPEG may take; 0 for a size that JPEG cannot hold. */
     size_t thumbnailCapacity() const;
 
-    // Pixels, in the geometry of `start`; see PixelConversion.h and Downscale.h for layouts and results.
+    // Pixels, in the geometry of `start`; see Nv12Conversion.h and Thumbnail.h for layouts and results.
     /** The frame, in its own format, as NV12; 1, or -1 for a format that is not known. */
     int saveYuvBuf(uint8_t* frame, uint8_t* nv12);
     void convertYuvI420ToNV12(uint8_t* src, uint8_t* dst);
     void convertP010ToNV12(uint8_t* src, uint8_t* dst);
     void convertRGBA8888ToNV12(uint8_t* src, uint8_t* dst);
-    /** Reduces the NV12 frame to thumbnail size; the destination's chroma is zeroed beforehand. */
+    /** Reduces the NV12 frame to thumbnail size; the destination's chroma is zeroed before. */
     void subsamplingYuv(uint8_t* src, uint8_t* dst);
     int bilinear(uint8_t* src, int x, int y);
     void splitYuv(uint8_t* src, uint8_t* dstY, uint8_t* dstU, uint8_t* dstV);
@@ -147,65 +133,48 @@ class QuillHeifWriter : public AHandler {
   private:
     enum : uint32_t { kWhatProcessInputFrameNotify = 0 };
 
-    /** Who has the queued frame's EXIF block. */
-    enum ExifState : uint8_t { kExifFree, kExifBeingReplaced, kExifTaken };
-
     // Caller's thread.
-    bool waitForLooper(int* budget) const;
     bool queueInputFrame(uint8_t* yuv, uint8_t* exif, uint32_t exifLen, int32_t fd, bool* needsThumbnail,
                          uint32_t* initPosition);
-    /** Whether the frame reads as NV12 where it lies, which any other has to be converted to. */
-    bool isReadableAsNv12() const;
-    /** The frame as 8-bit NV12: itself, or converted into new memory, which `converted` then holds; null on failure. */
-    uint8_t* thumbnailSource(uint8_t* frame, std::unique_ptr<uint8_t, void (*)(void*)>* converted);
+    /** Memory for a thumbnail as NV12, zeroed; null without memory, or for a size that JPEG cannot hold. */
+    std::unique_ptr<uint8_t[]> emptyThumbnail() const;
     void replaceQueuedExif(const uint8_t* exif, uint32_t exifSize);
-    void abandonFrame();
+    bool isLooperAtWork() const;
 
     // Looper thread.
     void writeHeadFrame();
     void finishFile();
     void addYuvBuffer(uint8_t* yuv);
-    void swapNv21Chroma(uint8_t* yuv);
+    bool swapNv21Chroma(uint8_t* yuv);
     void startMuxer(const sp<AMessage>& format);
-    void takeExif();
     void processExifData();
     void onOutputBufferReceived(const std::vector<sp<ABuffer>>& buffers);
     void clearTopInputFrameExifData();
 
+    // Set by `start`, then read by both threads.
     int32_t mInitStatus = NO_INIT;
     bool mInitTried = false;
-    int32_t mWidth = 0;
-    int32_t mHeight = 0;
-    int32_t mStride = 0;
-    int32_t mSliceHeight = 0;
+    FrameGeometry mGeometry{};
     int32_t mColorFormat = 0;
+    const FrameFormat* mFormat = nullptr;  ///< null for a code that is not known
     int32_t mQuality = 95;
     int32_t mRotation = 0;
     int32_t mImageCount = 1;
     int32_t mTileCount = 1;
-    // Written by the looper, polled by the caller; each release makes what the looper did before it visible.
-    std::atomic<bool> mEncodeDone{false};
-    std::atomic<bool> mInputConsumed{false};
-    /** From before the message is posted until the looper is done with it. */
-    std::atomic<bool> mFrameInFlight{false};
-    /** The looper takes the block before it reads it, the caller replaces it only while it is free. */
-    std::atomic<uint8_t> mExifState{kExifFree};
-    sp<QuillHeifEncoder> mEncoder;
-    sp<AMessage> mOutputFormat;
-    sp<MediaMuxer> mMuxer;
-    sp<ALooper> mLooper;
-    bool mMuxerStarted = false;
-    Vector<InputFrame> mInputFrames;
-    bool mHasXmp = false;
-    uint8_t* mXmpData = nullptr;
-    uint32_t mXmpSize = 0;
     int32_t mThmbWidth = 0;
     int32_t mThmbHeight = 0;
+    Callback mCallback = nullptr;
+
+    // The caller's.
+    sp<QuillHeifEncoder> mEncoder;
+    sp<ALooper> mLooper;
+    sp<InputFrame> mQueuedFrame;  ///< the one frame of the writer's life
+    std::string mXmpData;         ///< of the last live photo with a packet
     uint8_t* mEncodedData = nullptr;
     uint32_t mEncodedSize = 0;
-    int32_t* mTrackIndices = nullptr;
-    Callback mCallback = nullptr;
-    std::vector<std::shared_ptr<void>> mHeldMemory;
+
+    /** The looper's, from the moment that the message is posted. */
+    std::vector<sp<InputFrame>> mInputFrames;
 };
 
 }  // namespace android

@@ -6,9 +6,10 @@ namespace quill::host {
 
 void BufferSlots::reset(size_t count) { mSlots.assign(count, Slot()); }
 
-std::optional<size_t> BufferSlots::firstFree() const {
+std::optional<size_t> BufferSlots::anyFree() const {
     for (size_t i = 0; i < mSlots.size(); ++i) {
-        if (mSlots[i].owner == Owner::kFree) return i;
+        const size_t candidate = (i + mHandOvers * mHandOvers) % mSlots.size();
+        if (mSlots[candidate].owner == Owner::kFree) return candidate;
     }
     return std::nullopt;
 }

@@ -19,13 +19,16 @@ class BufferSlots {
     void reset(size_t count);
     size_t size() const { return mSlots.size(); }
 
-    /** The lowest free slot. */
-    std::optional<size_t> firstFree() const;
+    /** A free slot: in what order they come says nothing, as with a device's codec. */
+    std::optional<size_t> anyFree() const;
     /** OK when the client holds `index`; -ERANGE when there is no such slot, else -EACCES. */
     android::status_t checkClientHolds(size_t index) const;
     bool clientHolds(size_t index) const { return checkClientHolds(index) == android::OK; }
 
-    void give(size_t index, Owner owner) { mSlots[index].owner = owner; }
+    void give(size_t index, Owner owner) {
+        mSlots[index].owner = owner;
+        ++mHandOvers;
+    }
     void setBuffer(size_t index, const android::sp<android::MediaCodecBuffer>& buffer) {
         mSlots[index].buffer = buffer;
     }
@@ -37,6 +40,7 @@ class BufferSlots {
         android::sp<android::MediaCodecBuffer> buffer;
     };
     std::vector<Slot> mSlots;
+    size_t mHandOvers = 0;
 };
 
 }  // namespace quill::host

@@ -134,11 +134,11 @@ status_t MediaCodec::Impl::flush() {
 
 status_t MediaCodec::Impl::dequeueInput(size_t* index, int64_t timeoutUs) {
     Guard guard(mLock);
-    const bool ready = Clock::instance().waitFor(mNews, guard, timeoutUs,
-                                                 [this] { return !takesBuffers() || mInputs.firstFree(); });
+    const bool ready =
+            Clock::instance().waitFor(mNews, guard, timeoutUs, [this] { return !takesBuffers() || mInputs.anyFree(); });
     if (!takesBuffers()) return INVALID_OPERATION;
     if (!ready) return WOULD_BLOCK;
-    *index = *mInputs.firstFree();
+    *index = *mInputs.anyFree();
     if (mInputs.buffer(*index) == nullptr) mInputs.setBuffer(*index, makeInput());
     mInputs.give(*index, Owner::kClient);
     return OK;
@@ -258,7 +258,7 @@ bool MediaCodec::Impl::hasOutput() {
     if (mFailed) return true;
     if (!mNextOutput) return false;
     const bool onlyAnnounces = !mFormatAnnounced && !mNextOutput->endOfStream;
-    return onlyAnnounces || mOutputs.firstFree();
+    return onlyAnnounces || mOutputs.anyFree();
 }
 
 status_t MediaCodec::Impl::takeOutput(Output* output) {
@@ -294,7 +294,7 @@ status_t MediaCodec::Impl::announceFormat() {
 status_t MediaCodec::Impl::fillOutput(const std::vector<uint8_t>& bytes, Output* output) {
     const sp<ABuffer> copy = ABuffer::CreateAsCopy(bytes.data(), bytes.size());
     if (copy == nullptr) return NO_MEMORY;
-    output->index = *mOutputs.firstFree();
+    output->index = *mOutputs.anyFree();
     output->size = bytes.size();
     mOutputs.give(output->index, Owner::kClient);
     mOutputs.setBuffer(output->index, new MediaCodecBuffer(mOutputFormat, copy));

@@ -6,7 +6,7 @@ namespace quill::host {
 
 namespace {
 
-/** Rows begin at multiples of this many pixels, as graphics hardware asks; a tile's 512 stays as it is. */
+/** Rows begin at multiples of this many pixels, and never one directly behind the other, as some hardware has it. */
 constexpr uint32_t kStrideAlignment = 64;
 /** What graphics hardware can address; keeps every size below 2^31 bytes. */
 constexpr uint32_t kMaxSide = 16384;
@@ -39,7 +39,7 @@ std::optional<PixelLayout> layoutOf(uint32_t width, uint32_t height, int32_t for
     const Format* const found = findFormat(format);
     if (found == nullptr || !isAllocatable(width) || !isAllocatable(height)) return std::nullopt;
     PixelLayout layout;
-    layout.stride = (width + kStrideAlignment - 1) / kStrideAlignment * kStrideAlignment;
+    layout.stride = (width / kStrideAlignment + 1) * kStrideAlignment;
     layout.bytesPerPixel = found->bytesPerPixel;
     layout.bytesPerStride = size_t{layout.stride} * found->bytesPerPixel;
     layout.size = layout.bytesPerStride * height;

@@ -30,6 +30,7 @@ class ContentsBuilder {
         const MetadataKind kind = classifyMetadata(sample);
         if (kind.type == MetadataKind::Type::kUnknown) return;
         HeifItem& item = add(kind.type == MetadataKind::Type::kExif ? "Exif" : "mime");
+        item.hidden = true;  // no image to be shown: strict readers would look for its pixel properties
         item.referenceType = "cdsc";
         item.references = {mContents.primaryId};
         if (kind.type == MetadataKind::Type::kExif) {

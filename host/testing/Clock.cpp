@@ -58,7 +58,12 @@ int64_t Clock::nowUs() const {
     return static_cast<int64_t>(pace().nowUs());
 }
 
-void Clock::sleepUs(int64_t microseconds) const { std::this_thread::sleep_for(toWall(microseconds)); }
+// The system's timers make some fifty microseconds of the shortest sleep.
+void Clock::sleepUs(int64_t microseconds) const {
+    const std::chrono::nanoseconds wall = toWall(microseconds);
+    if (wall < std::chrono::microseconds(1)) return std::this_thread::yield();
+    std::this_thread::sleep_for(wall);
+}
 
 std::chrono::nanoseconds Clock::toWall(int64_t microseconds) const {
     return std::chrono::nanoseconds(static_cast<int64_t>(static_cast<double>(microseconds) * 1000.0 * scale()));

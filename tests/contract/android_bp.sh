@@ -1,10 +1,11 @@
 #!/usr/bin/env bash
-# android_bp.sh SOURCE_FOLDER CMAKE_PARTS: Android.bp is well-formed (bpfmt, the platform's own parser), builds the same
+# android_bp.sh SOURCE_FOLDER CMAKE_PARTS [JAR]: Android.bp is well-formed (bpfmt, the platform's own parser), builds the same
 # sources with the same flags as CMake (CMAKE_PARTS, lines "srcs FILE" and "cflags FLAG") and names only libraries of the
-# platform. Prints the difference: "<" is expected and missing, ">" is there and not expected.
+# platform. With the Java library's JAR: its module makes the same classes for the same Java, and no API level is asked
+# for that the module does not state. Prints the difference: "<" is expected and missing, ">" is there and not expected.
 set -euo pipefail
 export LC_ALL=C
-source_folder=$1 cmake_parts=$2
+source_folder=$1 cmake_parts=$2 jar=${3-}
 lists=$(dirname "${BASH_SOURCE[0]}")
 bp=$source_folder/Android.bp
 failed=0
@@ -33,7 +34,7 @@ of() { awk -v module="$1" -v property="$2" '$1 == module && $2 == property { pri
 parts() { sed -n "s/^$1 //p" "$cmake_parts"; }
 
 expect "sources of the library" "$(parts srcs)" "$(of cc_library srcs)"
-expect "include folders" "$(parts srcs | cut -d/ -f1 | sort -u)" "$(of cc_library_headers export_include_dirs)"
+expect "include folders" "$(parts srcs | sed 's|/[^/]*$||' | sort -u)" "$(of cc_library_headers export_include_dirs)"
 expect "flags" "$(parts cflags | sort -u)" \
     "$(of cc_defaults cflags; echo "-std=$(of cc_defaults cpp_std)"; [ "$(of cc_defaults rtti)" != false ] || echo -fno-rtti)"
 expect "libraries with something that the library takes" \
@@ -46,4 +47,26 @@ expect "libraries that are none of the platform's" "" \
 for file in $(of cc_test srcs) $(of cc_test data); do
     [ -e "$source_folder/$file" ] || { echo "no $file"; failed=1; }
 done
+
+java_library() {
+    shopt -s globstar
+    local classes minimum
+    classes=$(jar --list --file "$jar" | sed -n 's/\.class$//p')
+    minimum=$(of android_library min_sdk_version)
+    # shellcheck disable=SC2046
+    expect "classes" "$(grep -v '\$' <<<"$classes")" \
+        "$(cd "$source_folder" && printf '%s\n' $(of android_library srcs) | sed 's|^java/media/||; s/\.java$//')"
+    expect "Java" "$(parts java)" "$(of android_library java_version)"
+    expect "rules" "META-INF/proguard/$(basename "$(of android_library optimize)")" \
+        "$(jar --list --file "$jar" | grep '^META-INF/proguard/.')"
+    expect "API level of the manifest" "$minimum" \
+        "$(sed -n 's/.*minSdkVersion="\([0-9]*\)".*/\1/p' "$source_folder/$(of android_library manifest)")"
+    # shellcheck disable=SC2086
+    expect "what is used of the platform" "$(awk '/^[0-9]/ { print $2 }' "$lists/platform-java.txt")" \
+        "$(javap -c -p -cp "$jar" $classes | sed -nE 's/.*(Method|Field) (android\/[^ ]*).*/\2/p' | sort -u)"
+    expect "beyond API level $minimum" "" \
+        "$(awk -v minimum="$minimum" '/^[0-9]/ && $1 > minimum' "$lists/platform-java.txt")"
+}
+
+[ -z "$jar" ] || java_library
 exit "$failed"

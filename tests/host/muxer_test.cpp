@@ -141,6 +141,14 @@ TEST_F(Muxer, ExifIsFoundInEveryFraming) {
     }
 }
 
+TEST_F(Muxer, MetadataIsNoImageToBeShown) {
+    writeStill(encode(), {"Exif\0\0"s + kTiff, "<x:xmpmeta xmlns:x='adobe:ns:meta/'/>"});
+    EXPECT_THAT(file(), HasSubstr("infe\2\0\0\1\0\2\0\0Exif"s));
+    EXPECT_THAT(file(), HasSubstr("infe\2\0\0\1\0\3\0\0mime"s));
+    EXPECT_EQ("Quill\n", tags("-s3 -Make"));
+    EXPECT_THAT(outputOf("heif-info " + mPath), AllOf(HasSubstr("Exif"), HasSubstr("XMP")));
+}
+
 TEST_F(Muxer, EmptyAndUnknownMetadataIsLeftOut) {
     writeStill(encode(), {"", "neither", "Exif\0\0"s, "<?xml version='1.0'?>"});
     EXPECT_THAT(boxes(), AllOf(Not(HasSubstr("Exif")), Not(HasSubstr("mime")), Not(HasSubstr("FAILED"))));

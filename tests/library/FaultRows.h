@@ -27,7 +27,10 @@ struct Range {
         return counted(first) <= occurrence && occurrence <= counted(last);
     }
 };
-constexpr Patience kEnds = Patience::kUntilDone, kBlocks = Patience::kNone, kGoesOn = Patience::kAfterwards;
+using Patiences = std::vector<Patience>;
+const Patiences kEnds = {Patience::kUntilDone}, kBlocks = {Patience::kNone}, kGoesOn = {Patience::kAfterwards};
+const Patiences kStalls = {Patience::kNone, Patience::kStopFails, Patience::kAfterwards};
+const Patiences kForGood = {Patience::kNone, Patience::kStopFails};
 constexpr Range kAny{1, -1}, kFirst{1, 1}, kNotFirst{2, -1}, kLast{-1, -1}, kNotLast{1, -2};
 
 /** Outcomes, as `ShotOutcome` tells them, of a still and of a live photo. */
@@ -37,10 +40,10 @@ struct Expected {
 };
 constexpr Expected kWhole{"0: still", "0: still mpvd gain qext"};
 constexpr Expected kTimedOut{"-1 after 10 s: as it was", "-1 after 10 s: as it was"};
-/** The app has been told of a failure; what comes of the frame later is a still all the same. */
+/** The muxer was writing when the time ran out: it completes the still. */
 constexpr Expected kTooLate{"-1 after 10 s: still", "-1 after 10 s: still"};
 constexpr Expected kRefused{"-1: as it was", "-1: as it was"};
-/** What the muxer's last word is is not looked at, on purpose: it is told to stop, and the frame is done. */
+/** What the muxer says at its end is not looked at, on purpose: it is told to stop, and the frame is done. */
 constexpr Expected kUnnoticed{"0: as it was", "0: mpvd gain qext"};
 constexpr Expected kCut{"", "0: still, then cut"};
 
@@ -50,7 +53,7 @@ struct Row {
     std::vector<Fault> faults;
     Expected expected;
     const char* line = "";  ///< that the log then has, see `expectedLine`
-    Patience patience = Patience::kUntilDone;
+    Patiences patiences = kEnds;
     const char* scene = "";  ///< what the scene's name begins with
     int count = 1;
 };
@@ -72,10 +75,14 @@ const std::vector<Fault> kNoRoom = failing({-EIO, -ENOSPC});
 
 constexpr char kNoEncoder[] = "E/QuillHeifWriter: HeifEncoder donot init or start Failed";
 constexpr char kFailed[] = "D/QuillHeifWriter: Encode Finish: 0";
+constexpr char kMuxerWrites[] = "E/QuillHeifWriter: The muxer is still writing and may complete the file";
+constexpr char kLeftBehind[] =
+        "E/QuillHeifWriter: The codec does not stop: it is left behind with the thread that waits for it";
 constexpr char kEncoderFailed[] = "E/QuillHeifWriter: Encoder failed!";
 constexpr char kNoMuxer[] = "E/QuillHeifWriter: !!! Muxer start error, please check file access permision";
 constexpr char kNoOutput[] = "W/QuillHeifEncoder: Received error %d (%n) instead of output";
 constexpr char kNoWindow[] = "E/QuillHeifEncoder: Surface::dequeueBuffer returned error %d";
+constexpr char kNoArray[] = "E/NativeHeifWriter: The VM does not hand out an array";
 constexpr char kNoDescriptor[] = "E/NativeHeifWriter: File descriptor is not in read-write mode or write-only mode!";
 
 const Row kRows[] = {
@@ -123,11 +130,7 @@ const Row kRows[] = {
         {"MediaCodec::queueInputBuffer", kNotLast, kDead, kTimedOut, kEncoderFailed, kBlocks},
         {"MediaCodec::queueInputBuffer", kLast, kDead, kTimedOut, "E/QuillHeifEncoder: encode heif (err %d(%n))"},
         {"MediaCodec::queueInputBuffer", kAny, {Fault::noOutput()}, kTimedOut, kEncoderFailed, kBlocks},
-        {"MediaCodec::queueInputBuffer", kAny, kStall, kTimedOut, kEncoderFailed, kBlocks},
-        {"MediaCodec::queueInputBuffer", kAny, kStall, kTooLate, kFailed, kGoesOn},
         {"MediaCodec::dequeueOutputBuffer", kAny, failing({WOULD_BLOCK, -1014}), kWhole},
-        {"MediaCodec::dequeueOutputBuffer", kAny, kStall, kTimedOut, kEncoderFailed, kBlocks},
-        {"MediaCodec::dequeueOutputBuffer", kAny, kStall, kTooLate, kFailed, kGoesOn},
         {"MediaCodec::dequeueOutputBuffer", kAny, {Fault::formatChange()}, kWhole},
         {"MediaCodec::dequeueOutputBuffer", kAny, kDead, kTimedOut, kNoOutput},
         {"MediaCodec::dequeueOutputBuffer", kAny, failing({-1010, -1014, WOULD_BLOCK}), kTimedOut, kNoOutput, kEnds, "",
@@ -188,14 +191,44 @@ const Row kRows[] = {
          {Fault::shortBuffer(256)},
          kTimedOut,
          "E/QuillHeifEncoder: surface buffer of 256 x 512 is too small for a tile"},
-        {"ANativeWindow::dequeueBuffer", kAny, kStall, kTimedOut, kEncoderFailed, kBlocks},
-        {"ANativeWindow::dequeueBuffer", kAny, kStall, kTooLate, kFailed, kGoesOn},
         {"ANativeWindow::cancelBuffer", kAny, kRefusing, kTimedOut,
          "E/QuillHeifEncoder: surface buffer of 256 x 512 is too small for a tile"},
         {"ANativeWindow::queueBuffer", kAny, kRefusing, kTimedOut, kEncoderFailed, kBlocks},
-        {"GraphicBuffer::lock", kAny, kRefusing, kWhole},
-        {"GraphicBuffer::lock", kAny, {Fault::nullBuffer()}, kWhole},
-        {"GraphicBuffer::unlock", kAny, kRefusing, kWhole},
+        {"GraphicBuffer::lock", kAny, kRefusing, kTimedOut,
+         "E/QuillHeifEncoder: surface buffer cannot be locked: %s (%d)"},
+        {"GraphicBuffer::lock",
+         kAny,
+         {Fault::nullBuffer()},
+         kTimedOut,
+         "E/QuillHeifEncoder: surface buffer cannot be locked: Cannot allocate memory (-12)"},
+        {"GraphicBuffer::unlock", kAny, kRefusing, kTimedOut,
+         "E/QuillHeifEncoder: surface buffer cannot be unlocked: %s (%d)"},
+        // What may hold the looper: for good, for good while the codec refuses to stop, and until after the time-out.
+        {"MediaCodec::dequeueInputBuffer", kFirst, kStall, kTimedOut, kFailed, kStalls},
+        {"MediaCodec::getInputBuffer", kLast, kStall, kTimedOut, kFailed, kStalls},
+        {"MediaCodec::queueInputBuffer", kAny, kStall, kTimedOut, kFailed, kStalls},
+        {"MediaCodec::dequeueOutputBuffer", kAny, kStall, kTimedOut, kFailed, kStalls},
+        {"MediaCodec::getOutputFormat", kAny, kStall, kTimedOut, kFailed, kStalls},
+        {"MediaCodec::getOutputBuffer", kLast, kStall, kTimedOut, kFailed, kStalls},
+        {"MediaCodec::releaseOutputBuffer", kLast, kStall, kTimedOut, kFailed, kStalls},
+        {"ANativeWindow::dequeueBuffer", kAny, kStall, kTimedOut, kFailed, kStalls},
+        {"ANativeWindow::queueBuffer", kAny, kStall, kTimedOut, kFailed, kStalls},
+        {"GraphicBuffer::lock", kAny, kStall, kTimedOut, kFailed, kStalls},
+        {"GraphicBuffer::unlock", kLast, kStall, kTimedOut, kFailed, kStalls},
+        {"native_window_api_disconnect", kAny, kStall, kTimedOut, kFailed, kStalls},
+        {"MediaMuxer::create", kAny, kStall, kTimedOut, kFailed, kStalls},
+        {"MediaMuxer::setOrientationHint", kAny, kStall, kTimedOut, kFailed, kStalls},
+        {"MediaMuxer::addTrack", kAny, kStall, kTimedOut, kFailed, kStalls},
+        {"MediaMuxer::start", kAny, kStall, kTimedOut, kMuxerWrites, kForGood},
+        {"MediaMuxer::start", kAny, kStall, kTooLate, kMuxerWrites, kGoesOn},
+        {"MediaMuxer::writeSampleData", kAny, kStall, kTimedOut, kMuxerWrites, kForGood},
+        {"MediaMuxer::writeSampleData", kAny, kStall, kTooLate, kMuxerWrites, kGoesOn},
+        {"MediaMuxer::stop", kAny, kStall, kTimedOut, kMuxerWrites, kForGood},
+        {"MediaMuxer::stop", kAny, kStall, kTooLate, kMuxerWrites, kGoesOn},
+        // What may hold the thread that destroys a writer.
+        {"MediaCodec::stop", kAny, kStall, kWhole, kLeftBehind, kBlocks},
+        {"MediaCodec::release", kAny, kStall, kWhole, kLeftBehind, kBlocks},
+        {"ALooper::stop", kFirst, kStall, kWhole, kLeftBehind, kBlocks},
         // Buffers, messages and loopers.
         {"ABuffer::ABuffer", kAny, failing({NO_MEMORY}), kTimedOut, kEncoderFailed},
         {"ALooper::start", kFirst, kDead, kTimedOut, "", kBlocks},
@@ -206,14 +239,11 @@ const Row kRows[] = {
         {"AMessage::post", kAny, failing({-ENOENT, NO_MEMORY}), kTimedOut, "", kBlocks},
         // The muxer.
         {"MediaMuxer::create", kAny, kAbsent, kTimedOut},
-        {"MediaMuxer::create", kAny, kStall, kTooLate, kFailed, kGoesOn},
         {"MediaMuxer::setOrientationHint", kAny, kRefusing, kWhole},
         {"MediaMuxer::addTrack", kAny, kRefusing, kTimedOut, kNoMuxer},
         {"MediaMuxer::start", kAny, kRefusing, kTimedOut, kNoMuxer},
         {"MediaMuxer::writeSampleData", kFirst, kRefusing, kWhole},
         {"MediaMuxer::writeSampleData", kNotFirst, kRefusing, kUnnoticed},
-        {"MediaMuxer::writeSampleData", kAny, kStall, kTooLate, kFailed, kGoesOn},
-        {"MediaMuxer::stop", kAny, kStall, kTooLate, kFailed, kGoesOn},
         {"MediaMuxer::stop", kAny, failing({INVALID_OPERATION, -1004, NO_MEMORY}), kUnnoticed},
         // The system.
         {"property_get", kAny, kAbsent, kWhole},
@@ -230,7 +260,14 @@ const Row kRows[] = {
         {"AndroidBitmap_unlockPixels", kAny, {Fault::late(1000)}, kWhole},
         {"fcntl", kFirst, failing({-EBADF}), kRefused},
         {"fcntl", kLast, failing({-EMFILE}), kRefused,
-         "E/NativeHeifWriter: File descriptor cannot be duplicated: Too many open files"},
+         "E/QuillHeifWriter: File descriptor cannot be duplicated: Too many open files"},
+        // The VM: a status stands for an exception that it leaves pending.
+        {"GetByteArrayElements", kAny, {Fault::failing(-1), Fault::nothing()}, kRefused, kNoArray},
+        {"GetStringUTFChars",
+         kAny,
+         {Fault::failing(-1), Fault::nothing()},
+         {"", "-1: as it was"},
+         "E/NativeHeifWriter: The VM does not hand out the XMP text"},
         {"lseek", kFirst, failing({-ESPIPE, -EBADF}), {"", "-1: still"}, "E/QuillHeifWriter: lseek failure"},
         {"lseek", {3, 3}, failing({-ESPIPE, -EBADF}), {"", "-1: still mpvd"}, "E/QuillHeifWriter: lseek failure"},
         {"lseek", {2, 2}, failing({-ESPIPE}), kCut},

@@ -97,6 +97,8 @@ TEST(HeicEncoderInfo, EncoderMustSuit) {
             {{kAdopted, kTaken, "VBR,CQ,CBR"}, true},
             {{kAdopted, "64*64-8192x8192"}, true},
             {{kAdopted, "512x512-512x512"}, true},
+            {{"c2.long", "64x64-4096x" + std::string(100000, '9')}, false},
+            {{"c2.long", kTaken, std::string(100000, 'C') + ",VBR"}, false},
     };
     const Codec second{"c2.test.second"};
     for (const auto& [first, adopted] : kCases) {

@@ -14,9 +14,8 @@
 #include <vector>
 
 #include "BoxAppender.h"
-#include "ChromaOrder.h"
-#include "Downscale.h"
 #include "ExifBlock.h"
+#include "Nv12Conversion.h"
 #include "QuillHeifEncoder.h"
 #include "QuillHeifWriter.h"
 #include "support/CameraFrames.h"
@@ -66,8 +65,7 @@ void addPixels(Digests& digests) {
         for (const Geometry& g : kGeometries) {
             Bytes frame = noise(frameBytes(format, g));
             if (format == FORMAT_NV21) {
-                const int64_t luma = int64_t{g.stride} * g.sliceHeight;
-                swapChromaPairs({frame.data() + luma, g.width, g.height, g.stride, luma / 2});
+                swapChromaPairs(frame.data(), g);
             }
             const sp<QuillHeifWriter> writer = new QuillHeifWriter;
             writer->initEncoder(g.width, g.height, g.stride, g.sliceHeight, format, 95, 0);

@@ -1,6 +1,7 @@
 // What an EXIF block says about its thumbnail. The block that gets one is the matter of fuzz/exif_block.cpp.
 #include <gmock/gmock.h>
 
+#include "ExifBlock.h"
 #include "QuillHeifWriter.h"
 #include "support/LogCapture.h"
 #include "support/TestDevice.h"
@@ -90,6 +91,17 @@ TEST(ExifAnalysis, BlockCutShortOfItsLinkGetsNoThumbnail) {
         uint32_t position = 0;
         EXPECT_EQ(size == block.size(), writer->analysisExif(block.data(), size, position)) << size;
     }
+}
+
+TEST(ExifBlock, CountThatGrowsBehindTheAnalysisIsNotFollowed) {
+    Bytes block = kExif + tiff(3, 0);
+    const ExifAnalysis analysis = analyseExifBlock({block.data(), block.size()}, 0);
+    block[kExif.size() + 8] = 0xFF;  // the app's array is the app's
+    block[kExif.size() + 9] = 0xFF;
+    const Bytes jpeg(100, 1);
+    Bytes out(block.size() + kThumbnailDirectorySize + jpeg.size());
+    const ExifBytes thumbnail{jpeg.data(), jpeg.size()};
+    EXPECT_FALSE(appendThumbnailDirectory({block.data(), block.size()}, analysis.initPosition, thumbnail, out.data()));
 }
 
 TEST(WriterExif, PropertiesSwitchThumbnailsOff) {

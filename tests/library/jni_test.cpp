@@ -8,6 +8,7 @@
 #include <android/log.h>
 
 #include "HeifWriterJni.h"
+#include "StandardUtf8.h"
 #include "support/CameraFrames.h"
 #include "support/FakeVm.h"
 #include "support/LogCapture.h"
@@ -87,7 +88,7 @@ struct JavaWriter {
     JavaWriter() {
         setProperties("debug.quill.video.log.enable=0,debug.quill.host.x265.preset=ultrafast");
         const CameraFrame shot = makeFrame(FORMAT_NV21, kSmall);
-        frame.bytes.assign(shot.bytes.begin(), shot.bytes.end());
+        frame.assign(shot.bytes);
         handle = nativeSetup(java.env(), FakeVm::asJava(&self));
     }
     jlong create() {
@@ -140,6 +141,26 @@ TEST(JniMethods, ReadOnlyOutputIsLoggedForAnArrayButNotForABitmap) {
                                          "mode!"));
     EXPECT_THAT(java.thrown, ElementsAre()) << "before the handle is looked at";
     close(output.fd);
+}
+
+TEST(JniText, ModifiedUtf8BecomesStandard) {
+    using namespace std::string_literals;
+    const struct {
+        std::string modified, standard;
+    } kCases[] = {
+            {"", ""},
+            {"plain \xC3\xA9 \xE2\x82\xAC", "plain \xC3\xA9 \xE2\x82\xAC"},
+            {"\xED\x9F\xBF\xEE\x80\x80", "\xED\x9F\xBF\xEE\x80\x80"},  // beside the surrogates
+            {"<\xED\xA0\xBD\xED\xB8\x80>", "<\xF0\x9F\x98\x80>"},      // U+1F600
+            {"\xED\xA0\x80\xED\xB0\x80", "\xF0\x90\x80\x80"},          // U+10000
+            {"\xED\xAF\xBF\xED\xBF\xBF", "\xF4\x8F\xBF\xBF"},          // U+10FFFF
+            {"a\xC0\x80z", "a\0z"s},
+            {"\xED\xA0\xBD", "\xEF\xBF\xBD"},  // halves alone
+            {"\xED\xB8\x80\xED\xA0\xBD.", "\xEF\xBF\xBD\xEF\xBF\xBD."},
+            {"\xED\xA0\xBD\xED\xA0\xBD\xED\xB8\x80", "\xEF\xBF\xBD\xF0\x9F\x98\x80"},
+            {"\xED", "\xED"},  // no text of a VM: nothing is read behind it
+    };
+    for (const auto& test : kCases) EXPECT_EQ(test.standard, standardUtf8(test.modified));
 }
 
 TEST(JniMethods, UnknownCallerThrows) {

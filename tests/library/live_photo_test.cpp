@@ -126,7 +126,7 @@ TEST(MotionPhotoXmp, TemplateIsTheCommandLinesAndReadable) {
     EXPECT_EQ(152u, tail.size());
     EXPECT_EQ("Item:Length=\"", head.substr(head.size() - 13));
     EXPECT_EQ('"', tail[0]);
-    std::ifstream file(QUILL_SOURCE_DIR "/java/com/quill/cli/motion-photo.xmp", std::ios::binary);
+    std::ifstream file(QUILL_SOURCE_DIR "/java/cli/com/quill/cli/motion-photo.xmp", std::ios::binary);
     EXPECT_EQ(head + tail, std::string(std::istreambuf_iterator<char>(file), {}));
     const sp<QuillHeifWriter> writer = new QuillHeifWriter;
     EXPECT_TRUE(writer->createXmp(0));

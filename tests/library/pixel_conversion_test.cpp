@@ -1,12 +1,11 @@
-// Colours of RGBA frames as they are defined. The other layouts are the matter of fuzz/frame_pixels.cpp.
+// Colours of RGBA frames as they are defined. What the other layouts give is held by their digests.
 #include <gmock/gmock.h>
 
 #include <array>
 
-#include "ChromaOrder.h"
-#include "InputColorFormat.h"
-#include "PixelConversion.h"
+#include "Nv12Conversion.h"
 #include "QuillHeifWriter.h"
+#include "support/CameraFrames.h"
 #include "support/LogCapture.h"
 
 namespace {
@@ -63,8 +62,8 @@ INSTANTIATE_TEST_SUITE_P(, PixelConversionByWidth, testing::ValuesIn(kWidths));
 TEST_P(PixelConversionByWidth, RgbaOfEveryColourIsAsDefined) {
     constexpr size_t kTogether = 64, kRow = 256 * kTogether;
     constexpr uint8_t kPlain[] = {0, 1, 0, 0};
-    const AllottedArea area{kRow, 1};
-    Bytes rgba(4 * kRow), nv12(area.nv12Bytes());
+    const Geometry area{kRow, 1, kRow, 1};
+    Bytes rgba(4 * kRow), nv12(nv12Bytes(area));
     for (size_t i = 0; i < 4 * kRow; ++i) rgba[i] = kPlain[i % 4];
     int differences = 0;
     for (size_t rg = 0; rg < 1u << 16; ++rg) {
@@ -86,10 +85,11 @@ TEST_P(PixelConversionByWidth, RgbaOfEveryColourIsAsDefined) {
 
 TEST(PixelConversion, RgbaWorkedColours) {
     const auto yuv = [](uint8_t r, uint8_t g, uint8_t b) {
-        constexpr size_t kSide = 64, kLuma = kSide * kSide;
-        Bytes pixels, nv12(AllottedArea{kSide, kSide}.nv12Bytes());
-        for (size_t i = 0; i < kLuma; ++i) pixels.insert(pixels.end(), {r, g, b, 9});
-        convertRgba8888(pixels.data(), {kSide, kSide}, nv12.data());
+        constexpr int kSide = 64, kLuma = kSide * kSide;
+        const Geometry square{kSide, kSide, kSide, kSide};
+        Bytes pixels, nv12(nv12Bytes(square));
+        for (int i = 0; i < kLuma; ++i) pixels.insert(pixels.end(), {r, g, b, 9});
+        convertRgba8888(pixels.data(), square, nv12.data());
         return std::vector<int>{nv12[kLuma - 1], nv12[kLuma * 3 / 2 - 2], nv12[kLuma * 3 / 2 - 1]};
     };
     EXPECT_THAT(yuv(255, 255, 255), ElementsAre(255, 128, 128));
@@ -99,11 +99,11 @@ TEST(PixelConversion, RgbaWorkedColours) {
 }
 
 TEST_P(PixelConversionByWidth, EveryLayoutIsAsWithTheWidest) {
-    constexpr AllottedArea kArea{301, 9};
+    constexpr Geometry kArea{301, 9, 301, 9};
     Bytes frame(size_t{4} * 301 * 9);
     for (size_t i = 0; i < frame.size(); ++i) frame[i] = static_cast<uint8_t>(i * i >> 3 ^ i);
     const auto converted = [&](auto convert, VectorWidth most) {
-        Bytes nv12(kArea.nv12Bytes(), kUntouched);
+        Bytes nv12(nv12Bytes(kArea), kUntouched);
         convert(frame.data(), kArea, nv12.data(), most);
         return nv12;
     };
@@ -111,8 +111,8 @@ TEST_P(PixelConversionByWidth, EveryLayoutIsAsWithTheWidest) {
         EXPECT_EQ(converted(convert, kWidestVectors), converted(convert, GetParam()));
     }
     Bytes narrow = frame, widest = frame;
-    swapChromaPairs({narrow.data(), 300, 18, 301, 2709}, GetParam());
-    swapChromaPairs({widest.data(), 300, 18, 301, 2709}, kWidestVectors);
+    swapChromaPairs(narrow.data(), {300, 9, 301, 9}, GetParam());
+    swapChromaPairs(widest.data(), {300, 9, 301, 9}, kWidestVectors);
     EXPECT_EQ(widest, narrow);
 }
 

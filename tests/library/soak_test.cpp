@@ -3,14 +3,12 @@
 #include <malloc.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <functional>
 #include <memory>
 #include <thread>
 
-#include "HeifWriterJni.h"
-#include "support/FakeVm.h"
 #include "support/HeifReader.h"
+#include "support/Shot.h"
 #include "support/Still.h"
 #include "support/TestDevice.h"
 #include "testing/Clock.h"
@@ -22,8 +20,7 @@ using namespace quill::test;
 using quill::host::Clock;
 
 constexpr InputColorFormat kFormats[] = {FORMAT_I420, FORMAT_P010, FORMAT_RGBA8888, FORMAT_NV12, FORMAT_NV21};
-constexpr Geometry kWhole{64, 48, 64, 48};
-constexpr Geometry kGrid{520, 512, 520, 512};
+constexpr int kWhole = 64, kGrid = 520;  // pixels a row
 constexpr int kWarmUp = 20;  // each format and shape twice: what is kept once per process is there afterwards
 
 // A sanitizer's own allocator counts no bytes. The address sanitizer looks for leaks at exit in their place.
@@ -33,65 +30,30 @@ constexpr bool kCountsHeap = false;
 constexpr bool kCountsHeap = true;
 #endif
 
-size_t entriesOf(const char* folder) {
-    const std::filesystem::directory_iterator entries(folder);
-    return static_cast<size_t>(std::distance(begin(entries), end(entries)));
-}
-
-/** A joined thread's entry goes a moment after the join. */
-size_t threads() {
-    size_t fewest = entriesOf("/proc/self/task");
-    for (int i = 0; i < 1000; ++i) fewest = std::min(fewest, entriesOf("/proc/self/task"));
-    return fewest;
-}
-
-struct Held {
-    size_t heapBytes = mallinfo2().uordblks + mallinfo2().hblkhd;
-    size_t descriptors = entriesOf("/proc/self/fd") - 1;  // but the one it is read through
-    size_t taskCount = threads();
-};
-
-/** The life of one still as a Java object has it, with an EXIF block that gets a thumbnail. */
-int64_t writeStill(const CameraFrame& shot) {
-    constexpr int8_t kExif[] = {'E', 'x', 'i', 'f', 0, 0, 'I', 'I', 42, 0, 8, 0, 0, 0, 0, 0, 0, 0, 0, 0};
-    const TemporaryFile file;
-    FakeVm java;
-    FakeVm::Object self, fd;
-    FakeVm::Array frame, exif;
-    fd.fd = file.fd();
-    frame.bytes.assign(shot.bytes.begin(), shot.bytes.end());
-    exif.bytes.assign(std::begin(kExif), std::end(kExif));
-    const Geometry& g = shot.geometry;
-    JNIEnv* const env = java.env();
-    const jlong handle = nativeSetup(env, FakeVm::asJava(&self));
-    nativeCreate(env, FakeVm::asJava(&self), handle, g.width, g.height, g.stride, g.sliceHeight, shot.format, 90, 0);
-    const jlong result = nativeProcessHeicPhotoFrame(env, FakeVm::asJava(&self), handle, FakeVm::asJava(&frame),
-                                                     FakeVm::asJava(&exif), FakeVm::asJava(&fd));
-    nativeDestory(env, FakeVm::asJava(&self), handle);
-    return result;
-}
+size_t heapBytes() { return mallinfo2().uordblks + mallinfo2().hblkhd; }
 
 /** Stills of all formats, whole ones and grids of two tiles by turns; the heap may grow by `growth` bytes. */
 void soak(const char* name, int count, size_t growth) {
     mallopt(M_ARENA_MAX, 1);  // each further one counts as memory in use, and which thread makes one is chance
-    std::vector<CameraFrame> shots;
-    for (const InputColorFormat format : kFormats) {
-        shots.push_back(makeFrame(format, kWhole));
-        shots.push_back(makeFrame(format, kGrid));
-    }
     const auto write = [&](int stills) {
-        for (int i = 0; i < stills; ++i) ASSERT_EQ(0, writeStill(shots[i % shots.size()])) << "still " << i;
+        for (int i = 0; i < stills; ++i) {
+            App app({"", "", kFormats[i / 2 % std::size(kFormats)], false, false, i % 2 == 0 ? kWhole : kGrid});
+            app.setUp();
+            ASSERT_EQ(0, app.write()) << "still " << i;
+            app.destroy();
+        }
     };
     write(kWarmUp);
-    const Held start;
+    const Holdings before = Holdings::now();
+    const size_t start = heapBytes();
     write(count);
-    const Held end;
-    printf("%d stills, %s: heap in use %zu -> %zu bytes, descriptors %zu -> %zu, threads %zu -> %zu\n", count, name,
-           start.heapBytes, end.heapBytes, start.descriptors, end.descriptors, start.taskCount, end.taskCount);
-    EXPECT_EQ(start.descriptors, end.descriptors);
-    EXPECT_EQ(start.taskCount, end.taskCount);
+    const Holdings leaked = leakedSince(before);
+    const size_t end = heapBytes();
+    printf("%d stills, %s: heap in use %zu -> %zu bytes\n", count, name, start, end);
+    EXPECT_EQ(0, leaked.descriptors);
+    EXPECT_EQ(0, leaked.threads);
     if (!kCountsHeap) return;
-    EXPECT_LE(end.heapBytes, start.heapBytes + growth);
+    EXPECT_LE(end, start + growth);
 }
 
 TEST(Soak, TwoThousandStillsLeaveNothingBehind) {

@@ -4,10 +4,11 @@
 
 #include <algorithm>
 
-#include "Downscale.h"
-#include "InputColorFormat.h"
+#include "Nv12Conversion.h"
 #include "QuillHeifWriter.h"
+#include "Thumbnail.h"
 #include "ThumbnailJpeg.h"
+#include "support/CameraFrames.h"
 #include "support/JpegReader.h"
 
 namespace {
@@ -45,13 +46,13 @@ TEST(Downscaling, SamplesAreFilteredUpToThirteenFromTheEdge) {
     constexpr int kWidth = 40, kHeight = 30;
     Bytes luma;
     for (int i = 0; i < kWidth * kHeight; ++i) luma.push_back(static_cast<uint8_t>(i % kWidth + 3 * (i / kWidth)));
-    const Nv12Frame frame{luma.data(), kWidth, kHeight, kWidth, kHeight};
+    const Geometry g{kWidth, kHeight, kWidth, kHeight};
     constexpr int kMiddle = 18;  // mean of 0, 3, 6, 9 to the right, and three times that further down
-    EXPECT_EQ(27 + 3 * 5 + kMiddle, sampleLuma(frame, 27, 5)) << "width - 13";
-    EXPECT_EQ(28 + 3 * 5, sampleLuma(frame, 28, 5)) << "width - 12";
-    EXPECT_EQ(4 + 3 * 17 + kMiddle, sampleLuma(frame, 4, 17)) << "height - 13";
-    EXPECT_EQ(4 + 3 * 18, sampleLuma(frame, 4, 18)) << "height - 12";
-    EXPECT_EQ(39 + 3 * 29, sampleLuma(frame, 39, 29));
+    EXPECT_EQ(27 + 3 * 5 + kMiddle, sampleLuma(luma.data(), g, 27, 5)) << "width - 13";
+    EXPECT_EQ(28 + 3 * 5, sampleLuma(luma.data(), g, 28, 5)) << "width - 12";
+    EXPECT_EQ(4 + 3 * 17 + kMiddle, sampleLuma(luma.data(), g, 4, 17)) << "height - 13";
+    EXPECT_EQ(4 + 3 * 18, sampleLuma(luma.data(), g, 4, 18)) << "height - 12";
+    EXPECT_EQ(39 + 3 * 29, sampleLuma(luma.data(), g, 39, 29));
 }
 
 TEST(Downscaling, RowsAreScaledInSinglePrecision) {
@@ -60,21 +61,63 @@ TEST(Downscaling, RowsAreScaledInSinglePrecision) {
     for (size_t i = 0; i < frame.size(); ++i) frame[i] = static_cast<uint8_t>(i / kWidth);
     const ThumbnailSize size{256, 198};
     Bytes thumbnail(size.yuvBytes());
-    downscaleNv12({frame.data(), kWidth, kHeight, kWidth, kHeight}, size, thumbnail.data());
+    downscaleNv12(frame.data(), {kWidth, kHeight, kWidth, kHeight}, size, thumbnail.data());
     EXPECT_EQ(6, thumbnail[99 * 256 + 255]) << "99 times 14 / 198 is 7";
 }
 
 TEST(Downscaling, ChromaSumsStopAt254) {
     const Bytes source = {0, 0, 0, 0, 255, 7};
     Bytes thumbnail(ThumbnailSize{2, 2}.yuvBytes());
-    downscaleNv12({source.data(), 2, 2, 2, 2}, {2, 2}, thumbnail.data());
+    downscaleNv12(source.data(), {2, 2, 2, 2}, {2, 2}, thumbnail.data());
     EXPECT_EQ(252, thumbnail[4]) << "four quarters, each rounded down";
     EXPECT_EQ(4, thumbnail[5]);
     thumbnail[4] = 2;
     thumbnail[5] = 251;
-    downscaleNv12({source.data(), 2, 2, 2, 2}, {2, 2}, thumbnail.data());
+    downscaleNv12(source.data(), {2, 2, 2, 2}, {2, 2}, thumbnail.data());
     EXPECT_EQ(254, thumbnail[4]);
     EXPECT_EQ(254, thumbnail[5]) << "255 becomes 254";
+}
+
+constexpr InputColorFormat kFormats[] = {FORMAT_I420, FORMAT_P010, FORMAT_RGBA8888, FORMAT_NV12};
+
+/** The conversion that `saveYuvBuf` makes. */
+Bytes converted(const CameraFrame& frame) {
+    Bytes nv12(nv12Bytes(frame.geometry));
+    if (frame.format == FORMAT_NV12) std::copy(frame.bytes.begin(), frame.bytes.end(), nv12.begin());
+    if (frame.format == FORMAT_I420) convertI420(frame.bytes.data(), frame.geometry, nv12.data());
+    if (frame.format == FORMAT_P010) convertP010(frame.bytes.data(), frame.geometry, nv12.data());
+    if (frame.format == FORMAT_RGBA8888) convertRgba8888(frame.bytes.data(), frame.geometry, nv12.data());
+    return nv12;
+}
+
+Bytes sampled(const CameraFrame& frame, const ThumbnailSize& size) {
+    Bytes thumbnail(size.yuvBytes());
+    sampleThumbnail(frame.bytes.data(), *findFrameFormat(frame.format), frame.geometry, size, thumbnail.data());
+    return thumbnail;
+}
+
+TEST(Sampling, IsConvertingAndReducingWhereStrideAndSliceHeightAreEven) {
+    for (const InputColorFormat format : kFormats) {
+        for (const Geometry& g : {Geometry{641, 479, 704, 482}, {300, 200, 300, 200}, {2, 30, 2, 30}, {5, 3, 8, 4}}) {
+            CameraFrame frame = makeFrame(format, g);
+            for (size_t i = 0; i < frame.bytes.size(); i += 3) frame.bytes[i] ^= static_cast<uint8_t>(i * i >> 4);
+            const ThumbnailSize size{256, 192};
+            Bytes reduced(size.yuvBytes());
+            downscaleNv12(converted(frame).data(), g, size, reduced.data());
+            EXPECT_TRUE(reduced == sampled(frame, size)) << format << " " << g.width;
+        }
+    }
+}
+
+TEST(Sampling, OddStridesKeepTheirColours) {
+    const ThumbnailSize size{256, 180};
+    const auto of = [&](InputColorFormat format, const Geometry& g) { return sampled(makeFrame(format, g), size); };
+    for (const InputColorFormat format : kFormats) {
+        const Bytes even = of(format, {1000, 702, 1000, 702}), odd = of(format, {1001, 701, 1001, 701});
+        double difference = 0;
+        for (size_t i = 0; i < even.size(); ++i) difference += std::abs(even[i] - odd[i]);
+        EXPECT_LT(difference / static_cast<double>(even.size()), 1.5) << format;
+    }
 }
 
 TEST(ThumbnailJpeg, IsBaseline420OfEveryHeight) {

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "ChromaOrder.h"
+#include "Nv12Conversion.h"
 #include "support/HeifReader.h"
 #include "support/LogCapture.h"
 #include "support/Still.h"
@@ -108,6 +108,36 @@ TEST(WriterStill, VendorSurfacesCarryTenBits) {
     }
 }
 
+// The codec averages chroma over pairs of pixels, and the pairs at an odd edge are half outside of the picture.
+TEST(WriterStill, EdgesOfSurfaceTilesKeepTheirColour) {
+    setenv("QUILL_DEVICE", "vendor-qti", 1);
+    for (const auto& [format, edges] :
+         {std::pair(FORMAT_RGBA8888, Geometry{601, 601, 601, 601}), std::pair(FORMAT_RGBA8888, Geometry{5, 3, 5, 3}),
+          std::pair(FORMAT_P010, Geometry{601, 602, 602, 602})}) {
+        Still still(makeFrame(format, edges));
+        ASSERT_EQ(0, still.write());
+        const ReadStill read = readStill(still.file.path());
+        ASSERT_EQ("", read.error) << format;
+        const auto worst = [&](const std::vector<uint16_t>& shown, const std::vector<uint16_t>& got, int width,
+                               int height) {
+            int distance = 0;
+            for (int y = 0; y < height; ++y)
+                distance = std::max(distance, std::abs(shown[y * width + width - 1] - got[y * width + width - 1]));
+            for (int x = 0; x < width; ++x)
+                distance =
+                        std::max(distance, std::abs(shown[(height - 1) * width + x] - got[(height - 1) * width + x]));
+            return distance;
+        };
+        const Planes& shown = still.frame.shown;
+        const int most = format == FORMAT_P010 ? 48 : 12;
+        EXPECT_LE(worst(shown.y, read.planes.y, shown.width, shown.height), most) << format << " " << edges.width;
+        EXPECT_LE(worst(shown.u, read.planes.u, shown.chromaWidth(), shown.chromaHeight()), most)
+                << format << " " << edges.width;
+        EXPECT_LE(worst(shown.v, read.planes.v, shown.chromaWidth(), shown.chromaHeight()), most)
+                << format << " " << edges.width;
+    }
+}
+
 TEST(WriterStill, Nv21FrameIsLeftInNv12Order) {
     const Geometry kGeometry{301, 199, 320, 201};
     Still still(makeFrame(FORMAT_NV21, kGeometry));
@@ -135,11 +165,11 @@ TEST(WriterStill, Nv21SwapStaysInsideTheFrame) {
 }
 
 TEST(WriterStill, OneRowHasNoChromaToSwap) {
-    uint8_t plane[] = {1, 2, 3, 4};
-    swapChromaPairs({plane, 4, 1, 4, 4});
-    EXPECT_THAT(plane, ElementsAre(1, 2, 3, 4));
-    swapChromaPairs({plane, 3, 2, 4, 4});
-    EXPECT_THAT(plane, ElementsAre(2, 1, 4, 3));
+    uint8_t frame[] = {0, 0, 0, 0, 0, 0, 0, 0, 1, 2, 3, 4};
+    swapChromaPairs(frame, {4, 1, 4, 2});
+    EXPECT_THAT(frame, ElementsAre(0, 0, 0, 0, 0, 0, 0, 0, 1, 2, 3, 4));
+    swapChromaPairs(frame, {3, 2, 4, 2});
+    EXPECT_THAT(frame, ElementsAre(0, 0, 0, 0, 0, 0, 0, 0, 2, 1, 4, 3));
 }
 
 TEST(WriterStill, RotationTurnsTheImage) {

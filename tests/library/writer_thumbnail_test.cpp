@@ -10,7 +10,6 @@
 #include <android/log.h>
 
 #include "ExifBlock.h"
-#include "PixelConversion.h"
 #include "support/HeifReader.h"
 #include "support/JpegReader.h"
 #include "support/LogCapture.h"
@@ -54,7 +53,7 @@ namespace {
 /** The block that a still is to have once its frame, as the writer leaves it, has given the thumbnail. */
 Bytes expectedBlock(Still& still, const Bytes& block) {
     const Geometry& g = still.frame.geometry;
-    Bytes nv12(AllottedArea{g.stride, g.sliceHeight}.nv12Bytes()), jpeg(still.writer->thumbnailCapacity());
+    Bytes nv12(nv12Bytes(g)), jpeg(still.writer->thumbnailCapacity());
     still.writer->saveYuvBuf(still.frame.bytes.data(), nv12.data());
     jpeg.resize(static_cast<size_t>(still.writer->creatThmb(nv12.data(), jpeg.data())));
     Bytes out(block.size() + kThumbnailDirectorySize + jpeg.size());
@@ -151,7 +150,7 @@ TEST(WriterThumbnail, BlockIsReplacedUntilTheMuxerTakesIt) {
     }
 }
 
-std::atomic<bool> gMuxed{false};
+std::atomic<bool> gMuxed{false}, gReported{false};
 
 // The caller's thread stands in its own log line until the looper has muxed.
 TEST(WriterThumbnail, LateOneIsDropped) {
@@ -160,10 +159,12 @@ TEST(WriterThumbnail, LateOneIsDropped) {
     Still still(makeFrame(FORMAT_NV12, {64, 64, 64, 64}));
     __android_log_set_logger([](const __android_logger_data*, const char* line) {
         if (strcmp(line, "process Heif file finish") == 0) gMuxed = true;
+        if (strcmp(line, "change exif fail") == 0) gReported = true;
         while (strncmp(line, "newExif size", 12) == 0 && !gMuxed) std::this_thread::yield();
     });
     EXPECT_EQ(0, still.write(kBlock));
     EXPECT_TRUE(gMuxed);
+    EXPECT_TRUE(gReported) << "lost, but not silently";
     EXPECT_EQ(kBlock, exifOf(still));
 }
 

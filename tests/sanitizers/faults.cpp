@@ -4,8 +4,8 @@
 #include <stdio.h>
 #include <string.h>
 
-#include "ChromaOrder.h"
 #include "ExifBlock.h"
+#include "Nv12Conversion.h"
 #include "TileLayout.h"
 
 namespace {
@@ -72,17 +72,17 @@ void libraryOverflow() {
 }
 
 /** No frame is that narrow. */
-void libraryOverflowOfInt() { printf("%d\n", android::tileArea({-gNumber - 1, 8, 8}, 0).width); }
+void libraryOverflowOfInt() { printf("%d\n", android::tileArea({-gNumber - 1, 8, 8, 8}, 0).width); }
 
 /** A pair in every eight bytes: ThreadSanitizer remembers no more than four accesses to that many. */
 void libraryRace() {
-    static uint8_t plane[64] = {};
+    static uint8_t frame[8 * 16 * 3 / 2] = {};
     inTwoThreads(
             [](void* data) -> void* {
-                android::swapChromaPairs({static_cast<uint8_t*>(data), 2, 16, 8, sizeof(plane)});
+                android::swapChromaPairs(static_cast<uint8_t*>(data), {2, 16, 8, 16});
                 return nullptr;
             },
-            plane);
+            frame);
 }
 
 void none() {}

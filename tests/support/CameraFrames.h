@@ -4,17 +4,11 @@
 #include <cstdint>
 #include <vector>
 
-#include "InputColorFormat.h"
+#include "Frame.h"
 
 namespace quill::test {
 
-/** Sizes in samples and rows. */
-struct Geometry {
-    int width;
-    int height;
-    int stride;
-    int sliceHeight;
-};
+using Geometry = android::FrameGeometry;
 
 /** A picture in YCbCr 4:2:0, samples of `depth` bits; chroma planes of ceil(width / 2) x ceil(height / 2). */
 struct Planes {
@@ -34,6 +28,11 @@ struct CameraFrame {
     std::vector<uint8_t> bytes;
     Planes shown;
 };
+
+/** Bytes of a buffer that holds any conversion to NV12 and any read of it, also of odd strides and slice heights. */
+inline size_t nv12Bytes(const Geometry& geometry) {
+    return size_t(geometry.stride + 1) * size_t(geometry.sliceHeight + 1) * 3 / 2 + 1;
+}
 
 /** Bytes of a frame of `geometry` in `format`, padding included. */
 size_t frameBytes(android::InputColorFormat format, const Geometry& geometry);

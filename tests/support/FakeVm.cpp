@@ -3,11 +3,19 @@
 #include <stdio.h>
 #include <stdlib.h>
 
+#include <algorithm>
+#include <optional>
+
 #include <android/bitmap.h>
+
+#include "testing/Faults.h"
 
 namespace quill::test {
 
 namespace {
+
+using quill::host::Fault;
+using quill::host::Faults;
 
 FakeVm* current = nullptr;
 
@@ -47,22 +55,20 @@ void fatalError(JNIEnv*, const char* message) {
     abort();
 }
 
-jbyte* pin(FakeVm::Array& array) {
-    ++array.pins;
-    if (array.pinned == nullptr) array.pinned = std::make_unique<GuardedMemory>(array.bytes);
-    return array.pinned->data();
+/** Null, with an exception pending if the fault has a status, when a test says so. */
+bool isRefused(const char* call) {
+    const std::optional<Fault> fault = Faults::instance().at(call);
+    if (fault && fault->kind == Fault::Kind::kStatus) current->exceptionPending = true;
+    return fault.has_value();
 }
 
-void unpin(FakeVm::Array& array, jint mode) {
-    if (mode != JNI_ABORT) array.bytes = array.pinned->bytes();
-    if (--array.pins == 0) array.pinned.reset();
+jbyte* getElements(JNIEnv*, jbyteArray array, jboolean*) {
+    return isRefused("GetByteArrayElements") ? nullptr : arrayOf(array).pin();
 }
 
-jbyte* getElements(JNIEnv*, jbyteArray array, jboolean*) { return pin(arrayOf(array)); }
+jsize getArrayLength(JNIEnv*, jarray array) { return static_cast<jsize>(arrayOf(array).size()); }
 
-void releaseElements(JNIEnv*, jbyteArray array, jbyte*, jint mode) { unpin(arrayOf(array), mode); }
-
-/** The pixels of a bitmap are pinned by the reference that a lock holds. */
+/** A bitmap's pixels stay pinned as long as the reference that a lock holds. */
 std::set<jobject>& pixelBuffers() {
     static std::set<jobject>* const known = new std::set<jobject>;
     return *known;
@@ -70,11 +76,11 @@ std::set<jobject>& pixelBuffers() {
 
 void* getDirectBufferAddress(JNIEnv*, jobject buffer) {
     pixelBuffers().insert(buffer);
-    return pin(arrayOf(static_cast<jarray>(buffer)));
+    return arrayOf(static_cast<jarray>(buffer)).pin();
 }
 
 void deleteGlobalRef(JNIEnv*, jobject object) {
-    if (pixelBuffers().count(object) != 0) unpin(arrayOf(static_cast<jarray>(object)), 0);
+    if (pixelBuffers().count(object) != 0) arrayOf(static_cast<jarray>(object)).unpin();
 }
 
 jint getIntField(JNIEnv*, jobject object, jfieldID field) {
@@ -83,7 +89,9 @@ jint getIntField(JNIEnv*, jobject object, jfieldID field) {
     return static_cast<FakeVm::Bitmap&>(objectOf(object)).numbers[name];
 }
 
-const char* getStringChars(JNIEnv*, jstring text, jboolean*) { return reinterpret_cast<FakeVm::Text*>(text)->c_str(); }
+const char* getStringChars(JNIEnv*, jstring text, jboolean*) {
+    return isRefused("GetStringUTFChars") ? nullptr : reinterpret_cast<FakeVm::Text*>(text)->c_str();
+}
 
 jsize getStringLength(JNIEnv*, jstring text) {
     return static_cast<jsize>(reinterpret_cast<FakeVm::Text*>(text)->size());
@@ -95,11 +103,57 @@ jint getEnv(JavaVM*, void** env, jint version) {
     return JNI_OK;
 }
 
+jobject getObjectField(JNIEnv*, jobject object, jfieldID field) { return objectOf(object).fields[nameOf(field)]; }
+
+jclass getObjectClass(JNIEnv*, jobject) { return current->classesKnown ? named<jclass>("Caller") : nullptr; }
+
+/** `kFunction`, and whether it may be called at this moment. */
+template <auto kFunction, typename Result, typename... Args>
+Result whileNothingIsThrown(JNIEnv* env, Args... args) {
+    if (current->exceptionPending) ++current->callsAfterAnException;
+    return kFunction(env, args...);
+}
+
+template <auto kFunction, typename Result, typename... Args>
+void enter(Result (*&entry)(JNIEnv*, Args...)) {
+    entry = whileNothingIsThrown<kFunction, Result, Args...>;
+}
+
 }  // namespace
+
+void FakeVm::Array::assign(const std::vector<uint8_t>& bytes) {
+    mMemory = std::make_unique<GuardedMemory>(bytes.size());
+    mMemory->open();
+    std::copy(bytes.begin(), bytes.end(), mMemory->data());
+    mMemory->shut();
+}
+
+std::vector<uint8_t> FakeVm::Array::bytes() const {
+    mMemory->open();
+    const std::vector<uint8_t> copy(mMemory->data(), mMemory->data() + mMemory->size());
+    if (mPins == 0) mMemory->shut();
+    return copy;
+}
+
+void FakeVm::Array::fill(uint8_t value) {
+    mMemory->open();
+    std::fill_n(mMemory->data(), mMemory->size(), static_cast<int8_t>(value));
+    if (mPins == 0) mMemory->shut();
+}
+
+int8_t* FakeVm::Array::pin() {
+    if (mMemory == nullptr) mMemory = std::make_unique<GuardedMemory>(0);
+    if (++mPins == 1) mMemory->open();
+    return mMemory->data();
+}
+
+void FakeVm::Array::unpin() {
+    if (--mPins == 0) mMemory->shut();
+}
 
 FakeVm::Bitmap::Bitmap(int width, int height, const std::vector<uint8_t>& rgba)
         : numbers{{"mWidth", width}, {"mHeight", height}, {"mFormat", ANDROID_BITMAP_FORMAT_RGBA_8888}} {
-    pixels.bytes.assign(rgba.begin(), rgba.end());
+    pixels.assign(rgba);
     fields["mPixels"] = asJava(&pixels);
 }
 
@@ -125,25 +179,23 @@ void FakeVm::fillTable() {
         *vm = current->vm();
         return JNI_OK;
     };
-    mTable.ExceptionCheck = [](JNIEnv*) -> jboolean { return JNI_FALSE; };
+    mTable.ExceptionCheck = [](JNIEnv*) -> jboolean { return current->exceptionPending; };
     mTable.ExceptionOccurred = [](JNIEnv*) -> jthrowable { return nullptr; };
     mTable.ExceptionClear = [](JNIEnv*) {};
-    mTable.GetObjectClass = [](JNIEnv*, jobject) { return current->classesKnown ? named<jclass>("Caller") : nullptr; };
     mTable.IsInstanceOf = [](JNIEnv*, jobject, jclass) -> jboolean { return JNI_TRUE; };
-    mTable.GetIntField = getIntField;
-    mTable.GetStringUTFChars = getStringChars;
-    mTable.GetStringUTFLength = getStringLength;
     mTable.ReleaseStringUTFChars = [](JNIEnv*, jstring, const char*) {};
-    mTable.GetDirectBufferAddress = getDirectBufferAddress;
     mTable.GetDirectBufferCapacity = [](JNIEnv*, jobject buffer) {
-        return static_cast<jlong>(arrayOf(static_cast<jarray>(buffer)).bytes.size());
+        return static_cast<jlong>(arrayOf(static_cast<jarray>(buffer)).size());
     };
-    mTable.GetObjectField = [](JNIEnv*, jobject object, jfieldID field) {
-        return objectOf(object).fields[nameOf(field)];
-    };
-    mTable.GetArrayLength = [](JNIEnv*, jarray array) { return static_cast<jsize>(arrayOf(array).bytes.size()); };
-    mTable.GetByteArrayElements = getElements;
-    mTable.ReleaseByteArrayElements = releaseElements;
+    mTable.ReleaseByteArrayElements = [](JNIEnv*, jbyteArray array, jbyte*, jint) { arrayOf(array).unpin(); };
+    enter<getObjectClass>(mTable.GetObjectClass);
+    enter<getObjectField>(mTable.GetObjectField);
+    enter<getIntField>(mTable.GetIntField);
+    enter<getStringChars>(mTable.GetStringUTFChars);
+    enter<getStringLength>(mTable.GetStringUTFLength);
+    enter<getDirectBufferAddress>(mTable.GetDirectBufferAddress);
+    enter<getArrayLength>(mTable.GetArrayLength);
+    enter<getElements>(mTable.GetByteArrayElements);
 }
 
 }  // namespace quill::test

@@ -15,15 +15,26 @@ namespace quill::test {
 
 /**
  * As much of a Java VM as the library's Java layer asks for, without one: classes and fields are names, objects are the
- * structs below. One at a time, for one thread. Elements are pinned as a copy that nobody may touch once it is
- * released.
+ * structs below. One at a time, for one thread. As unkind as a VM may be: elements are pinned in place, and once they
+ * are released, or a bitmap is unlocked, no native code can touch them.
  */
 class FakeVm {
   public:
-    struct Array {
-        std::vector<int8_t> bytes;
-        int pins = 0;  ///< not released yet
-        std::unique_ptr<GuardedMemory> pinned;
+    class Array {
+      public:
+        void assign(const std::vector<uint8_t>& bytes);
+        std::vector<uint8_t> bytes() const;
+        size_t size() const { return mMemory == nullptr ? 0 : mMemory->size(); }
+        /** What the app does with its array once it is its own again. */
+        void fill(uint8_t value);
+
+        int8_t* pin();
+        void unpin();
+        int pins() const { return mPins; }
+
+      private:
+        std::unique_ptr<GuardedMemory> mMemory;
+        int mPins = 0;
     };
     using Text = std::string;
     struct Object {
@@ -52,11 +63,13 @@ class FakeVm {
     bool attached = true;           ///< `GetEnv` succeeds
     bool classesKnown = true;       ///< `GetObjectClass` succeeds
     jint registerResult = JNI_OK;
+    bool exceptionPending = false;
 
     // What was asked for.
     std::string registeredClass;
     std::vector<std::string> registered;  ///< names of methods
     std::vector<std::string> thrown;      ///< "class: message"
+    int callsAfterAnException = 0;        ///< that JNI forbids then
 
   private:
     void fillTable();

@@ -2,24 +2,24 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <vector>
 
 namespace quill::test {
 
 /**
- * A copy of some bytes that ends where a page begins that nobody may touch. Its address is never used again, so that
- * whoever still goes there after `forbid` ends the process, sanitizer or not.
+ * Memory that can be touched only while it is open. It ends where a page begins that never can. Its address is never
+ * used again, so that a late access ends the process, sanitizer or not.
  */
 class GuardedMemory {
   public:
-    explicit GuardedMemory(const std::vector<int8_t>& bytes);
-    ~GuardedMemory() { forbid(); }
+    explicit GuardedMemory(size_t size);
+    ~GuardedMemory();
     GuardedMemory(const GuardedMemory&) = delete;
     GuardedMemory& operator=(const GuardedMemory&) = delete;
 
     int8_t* data() const { return mData; }
-    std::vector<int8_t> bytes() const { return std::vector<int8_t>(mData, mData + mSize); }
-    void forbid();
+    size_t size() const { return mSize; }
+    void open();
+    void shut();
 
   private:
     size_t mSize;
