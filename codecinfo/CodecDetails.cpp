@@ -33,7 +33,7 @@ class Scanner {
         if (mFits) mNext += length;
         return *this;
     }
-    /** Devices use both: 64x64-4096x2304 and 64*64-4096*2304. */
+    /** Both are accepted: 64x64-4096x2304 and 64*64-4096*2304. */
     Scanner& separator() {
         mFits = mFits && mNext != mEnd && (*mNext == '*' || *mNext == 'x');
         if (mFits) ++mNext;

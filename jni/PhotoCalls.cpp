@@ -86,7 +86,7 @@ class PinnedFrame {
     std::unique_ptr<uint8_t[]> mCompleted;
 };
 
-/** A bitmap's pixels, locked. Their size is not looked at: the writer's geometry has to be the bitmap's. */
+/** A bitmap's pixels, locked. Their size is not checked: the writer's geometry has to be the bitmap's. */
 class LockedBitmap {
   public:
     LockedBitmap(JNIEnv* env, jobject bitmap) : mEnv(env), mBitmap(bitmap) {

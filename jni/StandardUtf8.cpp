@@ -6,8 +6,7 @@ namespace android {
 
 namespace {
 
-/** The ten bits of the surrogate at `at`, of either half; -1 if there is none. `half`: second byte without its low
- * bits. */
+/** The ten bits of the surrogate half at `at`; -1 for other bytes. `half` is its second byte without the low bits. */
 int32_t surrogateBits(const std::string& text, size_t at, uint8_t half) {
     if (at + 3 > text.size() || text[at] != '\xED') return -1;
     const auto second = static_cast<uint8_t>(text[at + 1]), third = static_cast<uint8_t>(text[at + 2]);

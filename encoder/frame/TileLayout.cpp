@@ -17,7 +17,7 @@ const uint8_t* sourceRow(const uint8_t* frame, const PlaneCopy& plane, int64_t r
     return frame + plane.sourceOffset + row * plane.sourcePitchTwice / 2;
 }
 
-/** Asks for a row's memory: a tile's rows lie too far apart for the processor to see by itself what comes next. */
+/** Prefetches a row: a tile's rows lie too far apart for the processor to prefetch by itself. */
 void prefetch(const uint8_t* row, int64_t bytes) {
     for (int64_t offset = 0; offset < bytes; offset += kCacheLine) __builtin_prefetch(row + offset);
 }

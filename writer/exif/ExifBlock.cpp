@@ -8,8 +8,8 @@ namespace {
 
 constexpr uint32_t kLastHeaderPosition = 18;  // camera framings are shorter than this
 
-// Offsets from the TIFF header. IFD0 is taken to follow the 8-byte header directly, on purpose: that is where cameras
-// put it, and the header's own pointer is wrong often enough in the field not to be followed.
+// Offsets from the TIFF header. IFD0 is taken to follow the 8-byte header directly, on purpose: cameras put it there,
+// and an offset that is not read cannot lead outside the block.
 constexpr uint32_t kIfd0 = 8;
 constexpr uint32_t kEntrySize = 12;
 
@@ -71,8 +71,7 @@ void putEntry(uint8_t*& out, const Entry& entry) {
 ExifAnalysis analyseExifBlock(ExifBytes block, uint32_t initPosition) {
     const uint32_t found = findByteOrderMark(block);
     if (found <= kLastHeaderPosition) initPosition = found;
-    // A header at the very start counts as not found, on purpose: a block without any framing is none that the
-    // camera made.
+    // A header at the very start counts as not found, on purpose: the camera's blocks all have a framing.
     const uint64_t link = initPosition == 0 ? 0 : linkOffset(block, initPosition);
     if (link == 0) return {ExifAnalysis::kNoTiffHeader, initPosition};
     const bool linked = readU32(block.data + link) != 0;

@@ -16,15 +16,15 @@ struct ExifAnalysis {
     enum Outcome {
         kNoTiffHeader,  ///< no little-endian header where it is looked for, or a block too short for what it announces
         kHasIfd1,       ///< IFD0 links to a second directory
-        kNoIfd1,        ///< IFD0 links to none: a thumbnail directory can be appended
+        kNoIfd1,        ///< IFD0 links to no other: a thumbnail directory can be appended
     };
     Outcome outcome;
     uint32_t initPosition;  ///< offset of the TIFF header in the block; unchanged when none was found
 };
 
 /**
- * Looks for the TIFF header and behind it for IFD1. `initPosition` is what a header not found is taken to be at, 0 for
- * nothing known. Reads inside the block only, whatever it holds.
+ * Looks for the TIFF header and behind it for IFD1. Where no header is found it is taken to be at `initPosition`; 0 for
+ * not known. Reads inside the block only, whatever it holds.
  */
 ExifAnalysis analyseExifBlock(ExifBytes block, uint32_t initPosition);
 

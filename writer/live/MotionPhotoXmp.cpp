@@ -4,7 +4,7 @@
 namespace android {
 
 // The packet of the published motion-photo format, version 1, with the place of the video's length between the two
-// texts. The seven-digit zeros are fixed-width places for whoever fills them in.
+// texts. The seven-digit zeros are places of a fixed width for callers to fill in.
 const char QuillHeifWriter::mXmpDataHead[967] =
         R"(<x:xmpmeta xmlns:x="adobe:ns:meta/" x:xmptk="Adobe XMP Core Test.SNAPSHOT">
   <rdf:RDF xmlns:rdf="http://www.w3.org/1999/02/22-rdf-syntax-ns#">

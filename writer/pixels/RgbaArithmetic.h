@@ -53,7 +53,7 @@ QUILL_KERNEL Colour firstColourAt(const uint8_t* rgba) {
 
 /**
  * The definition: truncated toward zero and bounded above only. Strong cyan goes below zero and keeps its low eight
- * bits, on purpose: thumbnails in the field are compared with what this arithmetic has always given.
+ * bits, on purpose: these bytes are part of the interface.
  */
 QUILL_KERNEL uint8_t exact(const Colour& c, const Weights& w) {
     const double sum = c.r * w.r + c.g * w.g + c.b * w.b + w.offset;
