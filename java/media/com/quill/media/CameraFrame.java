@@ -80,7 +80,7 @@ public final class CameraFrame {
      */
     public void copy(int width, int height, Plane y, Plane u, Plane v) {
         if (y.mPixelStride != 1 && y.mPixelStride != 2) {
-            throw new IllegalArgumentException("Luma samples " + y.mPixelStride + " bytes apart are no camera's");
+            throw new IllegalArgumentException("Luma samples lie " + y.mPixelStride + " bytes apart, not 1 or 2");
         }
         ColorFormat semiPlanar = y.mPixelStride == 1 ? ColorFormat.NV12 : ColorFormat.P010;
         FrameLayout layout = FrameLayout.evenlyPadded(width, height, semiPlanar);
@@ -92,7 +92,7 @@ public final class CameraFrame {
         if (mBytes.length < layout.frameBytes()) mBytes = new byte[(int) layout.frameBytes()];
         int pitch = layout.stride() * sampleBytes;
         copyRows(y, width * sampleBytes, height, 0, pitch);
-        // The row that makes the height even is encoded, too; it shall not be the last picture's.
+        // The row that makes the height even is encoded too: it repeats the one above.
         if (height % 2 != 0) System.arraycopy(mBytes, (height - 1) * pitch, mBytes, height * pitch, pitch);
         ColorFormat format = copyChroma(u, v, layout);
         mLayout = FrameLayout.evenlyPadded(width, height, format);

@@ -119,7 +119,7 @@ public final class QuillHeifWriter implements AutoCloseable {
             throw new IllegalArgumentException("Quality " + quality + " is not within 0 to " + kMaxQuality);
         }
         if (rotation != 0 && rotation != 90 && rotation != 180 && rotation != 270) {
-            throw new IllegalArgumentException("Rotation " + rotation + " is none of 0, 90, 180, 270");
+            throw new IllegalArgumentException("Rotation " + rotation + " is not 0, 90, 180 or 270");
         }
         mNative = new NativeHandle(this, createNative(quality, rotation), kDestroyer::nativeDestory);
     }
