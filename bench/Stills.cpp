@@ -5,10 +5,10 @@
 #include <cstdlib>
 #include <stdexcept>
 
+#include "EncodePool.h"
 #include "Measurements.h"
 #include "QuillHeifWriter.h"
 #include "TileLayout.h"
-#include "codec/EncodePool.h"
 #include "support/TemporaryFiles.h"
 
 namespace quill::bench {

@@ -4,8 +4,8 @@
 #include <optional>
 
 #include "ByteSource.h"
+#include "CodecsXml.h"
 #include "HeicEncoderInfoManager.h"
-#include "codec/CodecsXml.h"
 
 namespace {
 

@@ -10,7 +10,7 @@
 #include <media/stagefright/foundation/AMessage.h>
 
 #include "ByteSource.h"
-#include "muxer/HevcConfig.h"
+#include "HevcConfig.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "codec/BufferSlots.h"
+#include "BufferSlots.h"
 
 #include <cerrno>
 

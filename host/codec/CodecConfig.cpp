@@ -1,12 +1,12 @@
 #define LOG_TAG "QuillPlatform"
 
-#include "codec/CodecConfig.h"
+#include "CodecConfig.h"
 
 #include <log/log.h>
 #include <media/stagefright/MediaCodecConstants.h>
 #include <media/stagefright/foundation/AString.h>
 
-#include "graphics/PixelLayout.h"
+#include "PixelLayout.h"
 
 namespace quill::host {
 

@@ -7,8 +7,8 @@
 #include <media/stagefright/foundation/AMessage.h>
 #include <utils/Errors.h>
 
-#include "codec/ColorAspects.h"
-#include "codec/PictureLayout.h"
+#include "ColorAspects.h"
+#include "PictureLayout.h"
 
 namespace quill::host {
 

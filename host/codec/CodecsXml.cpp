@@ -1,6 +1,6 @@
 #define LOG_TAG "QuillPlatform"
 
-#include "codec/CodecsXml.h"
+#include "CodecsXml.h"
 
 #include <strings.h>
 #include <unistd.h>
@@ -13,7 +13,7 @@
 #include <tinyxml2.h>
 #include <utils/Errors.h>
 
-#include "system/Device.h"
+#include "Device.h"
 
 namespace quill::host {
 

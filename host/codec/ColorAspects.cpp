@@ -1,4 +1,4 @@
-#include "codec/ColorAspects.h"
+#include "ColorAspects.h"
 
 #include <cmath>
 

@@ -1,6 +1,6 @@
 #define LOG_TAG "QuillPlatform"
 
-#include "codec/EncodePool.h"
+#include "EncodePool.h"
 
 #include <algorithm>
 #include <system_error>
@@ -8,9 +8,9 @@
 #include <log/log.h>
 #include <pthread.h>
 
-#include "codec/FreeEngine.h"
-#include "codec/Preset.h"
-#include "codec/RateControl.h"
+#include "FreeEngine.h"
+#include "Preset.h"
+#include "RateControl.h"
 
 namespace quill::host {
 

@@ -10,8 +10,8 @@
 #include <thread>
 #include <vector>
 
-#include "codec/CodecConfig.h"
-#include "codec/HevcEngine.h"
+#include "CodecConfig.h"
+#include "HevcEngine.h"
 
 namespace quill::host {
 

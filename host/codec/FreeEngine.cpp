@@ -1,4 +1,4 @@
-#include "codec/FreeEngine.h"
+#include "FreeEngine.h"
 
 #include <algorithm>
 #include <cstring>

@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "codec/HevcEngine.h"
+#include "HevcEngine.h"
 
 namespace quill::host {
 

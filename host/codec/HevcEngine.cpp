@@ -1,6 +1,6 @@
 #define LOG_TAG "QuillPlatform"
 
-#include "codec/HevcEngine.h"
+#include "HevcEngine.h"
 
 #include <algorithm>
 #include <cmath>

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "codec/ColorAspects.h"
-#include "codec/PictureLayout.h"
+#include "ColorAspects.h"
+#include "PictureLayout.h"
 
 namespace quill::host {
 

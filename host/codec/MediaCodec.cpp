@@ -13,10 +13,11 @@
 #include <media/stagefright/foundation/AString.h>
 #include <mediadrm/ICrypto.h>
 
-#include "codec/CodecsXml.h"
-#include "codec/MediaCodecImpl.h"
-#include "testing/CallLog.h"
-#include "testing/Faults.h"
+#include "CallLog.h"
+#include "CodecsXml.h"
+#include "Faults.h"
+#include "MediaCodecImpl.h"
+#include "MessageText.h"
 
 namespace android {
 
@@ -97,7 +98,7 @@ void MediaCodec::onMessageReceived(const sp<AMessage>&) {}
 
 status_t MediaCodec::configure(const sp<AMessage>& format, const sp<Surface>& nativeWindow, const sp<ICrypto>& crypto,
                                uint32_t flags) {
-    if (format != nullptr) CallLog::instance().note("MediaCodec::configure", *format);
+    if (format != nullptr) CallLog::instance().note("MediaCodec::configure", quill::host::itemsText(*format));
     if (const auto fault = faultAt("MediaCodec::configure")) return *fault;
     if (!mImpl->info()->isEncoder()) return ERROR_UNSUPPORTED;
     if (nativeWindow != nullptr || crypto != nullptr || flags != CONFIGURE_FLAG_ENCODE) return BAD_VALUE;

@@ -1,6 +1,6 @@
 #define LOG_TAG "QuillPlatform"
 
-#include "codec/MediaCodecImpl.h"
+#include "MediaCodecImpl.h"
 
 #include <algorithm>
 #include <thread>
@@ -9,9 +9,9 @@
 #include <media/stagefright/MediaErrors.h>
 #include <media/stagefright/foundation/ABuffer.h>
 
-#include "codec/SurfaceFrame.h"
-#include "testing/Clock.h"
-#include "testing/Faults.h"
+#include "Clock.h"
+#include "Faults.h"
+#include "SurfaceFrame.h"
 
 namespace android {
 

@@ -10,10 +10,10 @@
 #include <media/MediaCodecInfo.h>
 #include <media/stagefright/MediaCodec.h>
 
-#include "codec/BufferSlots.h"
-#include "codec/CodecConfig.h"
-#include "codec/EncodePool.h"
-#include "graphics/BufferQueue.h"
+#include "BufferQueue.h"
+#include "BufferSlots.h"
+#include "CodecConfig.h"
+#include "EncodePool.h"
 
 namespace android {
 

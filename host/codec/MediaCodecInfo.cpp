@@ -6,9 +6,9 @@
 
 #include <media/stagefright/MediaCodecConstants.h>
 
-#include "codec/CodecConfig.h"
-#include "codec/CodecsXml.h"
-#include "testing/Faults.h"
+#include "CodecConfig.h"
+#include "CodecsXml.h"
+#include "Faults.h"
 
 namespace android {
 

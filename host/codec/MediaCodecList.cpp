@@ -2,8 +2,8 @@
 
 #include <string.h>
 
-#include "codec/CodecsXml.h"
-#include "testing/Faults.h"
+#include "CodecsXml.h"
+#include "Faults.h"
 
 namespace android {
 

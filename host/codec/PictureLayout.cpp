@@ -1,4 +1,4 @@
-#include "codec/PictureLayout.h"
+#include "PictureLayout.h"
 
 #include <algorithm>
 #include <cstring>

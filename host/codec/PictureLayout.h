@@ -5,7 +5,7 @@
 #include <optional>
 #include <vector>
 
-#include "codec/ColorAspects.h"
+#include "ColorAspects.h"
 
 namespace quill::host {
 

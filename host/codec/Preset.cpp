@@ -1,6 +1,6 @@
 #define LOG_TAG "QuillPlatform"
 
-#include "codec/Preset.h"
+#include "Preset.h"
 
 #include <cstring>
 

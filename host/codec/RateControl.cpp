@@ -1,4 +1,4 @@
-#include "codec/RateControl.h"
+#include "RateControl.h"
 
 #include <algorithm>
 #include <cmath>

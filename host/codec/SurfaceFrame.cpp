@@ -1,12 +1,12 @@
 #define LOG_TAG "QuillPlatform"
 
-#include "codec/SurfaceFrame.h"
+#include "SurfaceFrame.h"
 
 #include <log/log.h>
 #include <system/graphics.h>
 
-#include "graphics/BufferContents.h"
-#include "graphics/PixelLayout.h"
+#include "BufferContents.h"
+#include "PixelLayout.h"
 
 namespace quill::host {
 

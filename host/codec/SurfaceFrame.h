@@ -4,7 +4,7 @@
 
 #include <ui/GraphicBuffer.h>
 
-#include "codec/PictureLayout.h"
+#include "PictureLayout.h"
 
 namespace quill::host {
 

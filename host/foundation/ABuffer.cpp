@@ -6,7 +6,7 @@
 #include <stdlib.h>
 #include <string.h>
 
-#include "testing/Faults.h"
+#include "Faults.h"
 
 namespace android {
 

@@ -6,9 +6,9 @@
 
 #include <atomic>
 
-#include "foundation/LooperQueue.h"
-#include "testing/Clock.h"
-#include "testing/Faults.h"
+#include "Clock.h"
+#include "Faults.h"
+#include "LooperQueue.h"
 
 namespace android {
 

@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-#include "foundation/ItemTypes.h"
+#include "ItemTypes.h"
 
 namespace android {
 

@@ -4,8 +4,8 @@
 #include <media/stagefright/foundation/AHandler.h>
 #include <media/stagefright/foundation/AMessage.h>
 
-#include "foundation/LooperQueue.h"
-#include "testing/Faults.h"
+#include "Faults.h"
+#include "LooperQueue.h"
 
 namespace android {
 

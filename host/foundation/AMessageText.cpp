@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "foundation/ItemTypes.h"
+#include "ItemTypes.h"
 
 namespace android {
 

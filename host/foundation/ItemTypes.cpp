@@ -1,5 +1,5 @@
 #define LOG_TAG "AMessage"
-#include "foundation/ItemTypes.h"
+#include "ItemTypes.h"
 
 #include <log/log.h>
 #include <string.h>

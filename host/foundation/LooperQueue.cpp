@@ -1,5 +1,5 @@
 #define LOG_TAG "ALooper"
-#include "foundation/LooperQueue.h"
+#include "LooperQueue.h"
 
 #include <errno.h>
 #include <log/log.h>
@@ -9,7 +9,7 @@
 #include <limits>
 #include <system_error>
 
-#include "testing/Clock.h"
+#include "Clock.h"
 
 namespace quill::host {
 

@@ -1,4 +1,4 @@
-#include "graphics/BufferContents.h"
+#include "BufferContents.h"
 
 namespace quill::host {
 

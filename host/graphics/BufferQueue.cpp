@@ -1,12 +1,12 @@
 #define LOG_TAG "BufferQueue"
 
-#include "graphics/BufferQueue.h"
+#include "BufferQueue.h"
 
 #include <algorithm>
 
 #include <log/log.h>
 
-#include "testing/Clock.h"
+#include "Clock.h"
 
 namespace quill::host {
 

@@ -6,8 +6,8 @@
 
 #include <log/log.h>
 
-#include "graphics/PixelLayout.h"
-#include "testing/Faults.h"
+#include "Faults.h"
+#include "PixelLayout.h"
 
 namespace android {
 

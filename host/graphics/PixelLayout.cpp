@@ -1,4 +1,4 @@
-#include "graphics/PixelLayout.h"
+#include "PixelLayout.h"
 
 #include <system/graphics.h>
 

@@ -10,8 +10,8 @@
 
 #include <log/log.h>
 
-#include "testing/Clock.h"
-#include "testing/Faults.h"
+#include "Clock.h"
+#include "Faults.h"
 
 namespace android {
 

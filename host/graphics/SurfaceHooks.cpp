@@ -3,8 +3,8 @@
 
 #include <limits.h>
 
-#include "testing/CallLog.h"
-#include "testing/Faults.h"
+#include "CallLog.h"
+#include "Faults.h"
 
 namespace android {
 

@@ -1,4 +1,4 @@
-#include "muxer/BoxWriter.h"
+#include "BoxWriter.h"
 
 namespace quill::host {
 

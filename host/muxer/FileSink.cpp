@@ -1,4 +1,4 @@
-#include "muxer/FileSink.h"
+#include "FileSink.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

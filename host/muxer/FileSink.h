@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "muxer/BoxWriter.h"
+#include "BoxWriter.h"
 
 namespace quill::host {
 

@@ -1,4 +1,4 @@
-#include "muxer/HeifFile.h"
+#include "HeifFile.h"
 
 namespace quill::host {
 

@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "muxer/HeifItems.h"
+#include "HeifItems.h"
 
 namespace quill::host {
 

@@ -1,9 +1,9 @@
-#include "muxer/HeifItems.h"
+#include "HeifItems.h"
 
 #include <algorithm>
 
-#include "muxer/HeifProperties.h"
-#include "muxer/MetadataSample.h"
+#include "HeifProperties.h"
+#include "MetadataSample.h"
 
 namespace quill::host {
 

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "muxer/HeifTrack.h"
+#include "HeifTrack.h"
 
 namespace quill::host {
 

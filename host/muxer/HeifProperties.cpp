@@ -1,4 +1,4 @@
-#include "muxer/HeifProperties.h"
+#include "HeifProperties.h"
 
 namespace quill::host {
 

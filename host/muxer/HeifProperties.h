@@ -1,6 +1,6 @@
 #pragma once
 
-#include "muxer/HevcConfig.h"
+#include "HevcConfig.h"
 
 namespace quill::host {
 

@@ -1,4 +1,4 @@
-#include "muxer/HeifTrack.h"
+#include "HeifTrack.h"
 
 #include <algorithm>
 

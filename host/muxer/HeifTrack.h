@@ -7,7 +7,7 @@
 
 #include <media/stagefright/foundation/AMessage.h>
 
-#include "muxer/HevcConfig.h"
+#include "HevcConfig.h"
 
 namespace quill::host {
 

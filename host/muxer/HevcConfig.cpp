@@ -1,4 +1,4 @@
-#include "muxer/HevcConfig.h"
+#include "HevcConfig.h"
 
 #include <algorithm>
 

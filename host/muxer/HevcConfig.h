@@ -4,7 +4,7 @@
 #include <optional>
 #include <vector>
 
-#include "muxer/HevcSps.h"
+#include "HevcSps.h"
 
 namespace quill::host {
 

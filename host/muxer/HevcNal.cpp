@@ -1,4 +1,4 @@
-#include "muxer/HevcNal.h"
+#include "HevcNal.h"
 
 #include <algorithm>
 

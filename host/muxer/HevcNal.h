@@ -4,7 +4,7 @@
 #include <optional>
 #include <vector>
 
-#include "muxer/BoxWriter.h"
+#include "BoxWriter.h"
 
 namespace quill::host {
 

@@ -1,4 +1,4 @@
-#include "muxer/HevcSps.h"
+#include "HevcSps.h"
 
 #include <algorithm>
 

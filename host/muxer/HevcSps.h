@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "muxer/HevcNal.h"
+#include "HevcNal.h"
 
 namespace quill::host {
 

@@ -11,13 +11,14 @@
 #include <media/stagefright/foundation/ABuffer.h>
 #include <media/stagefright/foundation/AMessage.h>
 
-#include "muxer/FileSink.h"
-#include "muxer/HeifFile.h"
-#include "muxer/HeifItems.h"
-#include "muxer/HeifTrack.h"
-#include "muxer/MetadataSample.h"
-#include "testing/CallLog.h"
-#include "testing/Faults.h"
+#include "CallLog.h"
+#include "Faults.h"
+#include "FileSink.h"
+#include "HeifFile.h"
+#include "HeifItems.h"
+#include "HeifTrack.h"
+#include "MessageText.h"
+#include "MetadataSample.h"
 
 namespace android {
 
@@ -136,7 +137,7 @@ MediaMuxer::MediaMuxer(std::unique_ptr<State> state) : mState(std::move(state)) 
 MediaMuxer::~MediaMuxer() = default;
 
 ssize_t MediaMuxer::addTrack(const sp<AMessage>& format) {
-    if (format != nullptr) CallLog::instance().note("MediaMuxer::addTrack", *format);
+    if (format != nullptr) CallLog::instance().note("MediaMuxer::addTrack", itemsText(*format));
     if (const auto fault = Faults::instance().statusAt("MediaMuxer::addTrack")) return *fault;
     std::lock_guard<std::mutex> guard(mState->lock);
     if (mState->phase != Phase::kInitialized) return refuse(INVALID_OPERATION, "addTrack", "only before start");

@@ -1,4 +1,4 @@
-#include "muxer/MetadataSample.h"
+#include "MetadataSample.h"
 
 namespace quill::host {
 

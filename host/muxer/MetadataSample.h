@@ -1,6 +1,6 @@
 #pragma once
 
-#include "muxer/BoxWriter.h"
+#include "BoxWriter.h"
 
 namespace quill::host {
 

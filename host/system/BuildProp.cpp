@@ -1,4 +1,4 @@
-#include "system/BuildProp.h"
+#include "BuildProp.h"
 
 namespace quill::host {
 

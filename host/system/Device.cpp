@@ -1,5 +1,5 @@
 #define LOG_TAG "QuillPlatform"
-#include "system/Device.h"
+#include "Device.h"
 
 #include <log/log.h>
 #include <stdlib.h>

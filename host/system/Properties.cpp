@@ -1,4 +1,4 @@
-#include "system/Properties.h"
+#include "Properties.h"
 
 #include <cutils/properties.h>
 #include <errno.h>
@@ -14,9 +14,9 @@
 #include <mutex>
 #include <optional>
 
-#include "system/BuildProp.h"
-#include "system/Device.h"
-#include "testing/Faults.h"
+#include "BuildProp.h"
+#include "Device.h"
+#include "Faults.h"
 
 namespace quill::host {
 

@@ -6,7 +6,7 @@
 #include <memory>
 #include <string>
 
-#include "system/TraceFile.h"
+#include "TraceFile.h"
 
 namespace {
 

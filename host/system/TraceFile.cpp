@@ -1,5 +1,5 @@
 #define LOG_TAG "QuillPlatform"
-#include "system/TraceFile.h"
+#include "TraceFile.h"
 
 #include <errno.h>
 #include <fcntl.h>

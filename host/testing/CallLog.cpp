@@ -1,21 +1,12 @@
-#include "testing/CallLog.h"
+#include "CallLog.h"
 
 #include <atomic>
 #include <mutex>
 #include <utility>
 
-#include <media/stagefright/foundation/AMessage.h>
-
 namespace quill::host {
 
 namespace {
-
-std::string itemText(const android::AMessage::ItemData& item) {
-    int32_t number;
-    if (item.find(&number)) return std::to_string(number);
-    android::AString text;
-    return item.find(&text) ? text.c_str() : "";
-}
 
 struct State {
     std::atomic<bool> on{false};
@@ -53,17 +44,6 @@ void CallLog::note(const char* call, std::initializer_list<int64_t> arguments) {
     if (!isOn()) return;
     std::string text;
     for (const int64_t argument : arguments) text += (text.empty() ? "" : " ") + std::to_string(argument);
-    note(call, text);
-}
-
-void CallLog::note(const char* call, const android::AMessage& format) {
-    if (!isOn()) return;
-    std::string text;
-    for (size_t i = 0; i < format.countEntries(); ++i) {
-        android::AMessage::Type type;
-        const std::string name = format.getEntryNameAt(i, &type);
-        text += name + "=" + itemText(format.getEntryAt(i)) + "\n";
-    }
     note(call, text);
 }
 

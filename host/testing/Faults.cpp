@@ -1,10 +1,10 @@
-#include "testing/Faults.h"
+#include "Faults.h"
 
 #include <condition_variable>
 #include <mutex>
 #include <vector>
 
-#include "testing/Clock.h"
+#include "Clock.h"
 
 namespace quill::host {
 

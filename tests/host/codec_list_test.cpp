@@ -7,7 +7,7 @@
 #include <media/stagefright/MediaCodec.h>
 #include <media/stagefright/MediaCodecList.h>
 
-#include "codec/CodecsXml.h"
+#include "CodecsXml.h"
 
 namespace android {
 namespace {

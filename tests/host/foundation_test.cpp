@@ -13,7 +13,7 @@
 #include <thread>
 #include <vector>
 
-#include "testing/Clock.h"
+#include "Clock.h"
 
 namespace android {
 namespace {

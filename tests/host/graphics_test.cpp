@@ -12,10 +12,10 @@
 #include <system/window.h>
 #include <ui/GraphicBuffer.h>
 
-#include "graphics/BufferContents.h"
-#include "graphics/BufferQueue.h"
-#include "testing/Clock.h"
-#include "testing/Faults.h"
+#include "BufferContents.h"
+#include "BufferQueue.h"
+#include "Clock.h"
+#include "Faults.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "codec/HevcEngine.h"
+#include "HevcEngine.h"
 
 #include <gtest/gtest.h>
 
@@ -6,8 +6,8 @@
 #include <cmath>
 #include <random>
 
-#include "codec/PictureLayout.h"
-#include "codec/RateControl.h"
+#include "PictureLayout.h"
+#include "RateControl.h"
 
 namespace quill::host {
 namespace {

@@ -11,7 +11,7 @@
 #include <media/stagefright/foundation/ABuffer.h>
 #include <media/stagefright/foundation/AMessage.h>
 
-#include "codec/HevcEngine.h"
+#include "HevcEngine.h"
 
 namespace {
 

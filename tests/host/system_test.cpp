@@ -18,8 +18,8 @@
 #include <thread>
 #include <vector>
 
-#include "system/BuildProp.h"
-#include "system/Device.h"
+#include "BuildProp.h"
+#include "Device.h"
 
 namespace quill::host {
 namespace {

@@ -9,8 +9,8 @@
 
 #include <utils/Errors.h>
 
+#include "Faults.h"
 #include "support/Shot.h"
-#include "testing/Faults.h"
 
 namespace quill::test {
 

@@ -3,11 +3,11 @@
 
 #include <media/stagefright/foundation/AString.h>
 
+#include "Faults.h"
 #include "HeicEncoderInfoManager.h"
 #include "support/ChildProcess.h"
 #include "support/LogCapture.h"
 #include "support/TestDevice.h"
-#include "testing/Faults.h"
 
 namespace {
 

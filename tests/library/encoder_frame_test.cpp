@@ -1,13 +1,13 @@
 // One frame through the codec: what is fed, what is collected, and what is said when the codec misbehaves.
 #include <gmock/gmock.h>
 
+#include "CallLog.h"
+#include "Clock.h"
+#include "Faults.h"
 #include "QuillHeifEncoder.h"
 #include "support/CameraFrames.h"
 #include "support/LogCapture.h"
 #include "support/TestDevice.h"
-#include "testing/CallLog.h"
-#include "testing/Clock.h"
-#include "testing/Faults.h"
 
 namespace {
 

@@ -3,12 +3,12 @@
 
 #include <algorithm>
 
+#include "CallLog.h"
+#include "Faults.h"
 #include "QuillHeifEncoder.h"
 #include "support/ChildProcess.h"
 #include "support/LogCapture.h"
 #include "support/TestDevice.h"
-#include "testing/CallLog.h"
-#include "testing/Faults.h"
 
 namespace {
 

@@ -2,10 +2,10 @@
 #include <gmock/gmock.h>
 
 #include "ExifBlock.h"
+#include "Faults.h"
 #include "QuillHeifWriter.h"
 #include "support/LogCapture.h"
 #include "support/TestDevice.h"
-#include "testing/Faults.h"
 
 namespace {
 

@@ -7,13 +7,13 @@
 #include <map>
 #include <set>
 
+#include "Faults.h"
 #include "StatusNames.h"
 #include "library/FaultRows.h"
 #include "support/ChildProcess.h"
 #include "support/GeneratedDocs.h"
 #include "support/Shot.h"
 #include "support/TestDevice.h"
-#include "testing/Faults.h"
 
 // There when a sanitizer looks for leaks.
 extern "C" int __lsan_do_recoverable_leak_check() __attribute__((weak));

@@ -5,11 +5,11 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "Clock.h"
 #include "support/HeifReader.h"
 #include "support/LogCapture.h"
 #include "support/Still.h"
 #include "support/TestDevice.h"
-#include "testing/Clock.h"
 
 namespace {
 

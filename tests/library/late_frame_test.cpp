@@ -6,10 +6,10 @@
 
 #include <utils/Errors.h>
 
+#include "Clock.h"
+#include "Faults.h"
 #include "support/Shot.h"
 #include "support/TestDevice.h"
-#include "testing/Clock.h"
-#include "testing/Faults.h"
 
 namespace {
 

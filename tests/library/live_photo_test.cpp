@@ -7,11 +7,11 @@
 #include <fstream>
 #include <iterator>
 
+#include "CallLog.h"
 #include "support/HeifReader.h"
 #include "support/LogCapture.h"
 #include "support/Still.h"
 #include "support/TestDevice.h"
-#include "testing/CallLog.h"
 
 namespace {
 

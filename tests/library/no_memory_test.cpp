@@ -10,10 +10,10 @@
 
 #include <android/log.h>
 
+#include "Clock.h"
 #include "support/FileCalls.h"
 #include "support/Shot.h"
 #include "support/TestDevice.h"
-#include "testing/Clock.h"
 
 // Where the program's code lies, as its linker says it.
 extern "C" const char __executable_start, etext;

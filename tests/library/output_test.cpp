@@ -5,10 +5,10 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include "Clock.h"
 #include "support/HeifReader.h"
 #include "support/Still.h"
 #include "support/TestDevice.h"
-#include "testing/Clock.h"
 
 namespace {
 

@@ -7,11 +7,11 @@
 #include <memory>
 #include <thread>
 
+#include "Clock.h"
 #include "support/HeifReader.h"
 #include "support/Shot.h"
 #include "support/Still.h"
 #include "support/TestDevice.h"
-#include "testing/Clock.h"
 
 namespace {
 

@@ -6,12 +6,12 @@
 
 #include <media/stagefright/foundation/AMessage.h>
 
+#include "Clock.h"
+#include "Faults.h"
 #include "support/HeifReader.h"
 #include "support/LogCapture.h"
 #include "support/Still.h"
 #include "support/TestDevice.h"
-#include "testing/Clock.h"
-#include "testing/Faults.h"
 
 namespace {
 

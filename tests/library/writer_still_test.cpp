@@ -3,12 +3,12 @@
 
 #include <algorithm>
 
+#include "CallLog.h"
 #include "Nv12Conversion.h"
 #include "support/HeifReader.h"
 #include "support/LogCapture.h"
 #include "support/Still.h"
 #include "support/TestDevice.h"
-#include "testing/CallLog.h"
 
 namespace {
 

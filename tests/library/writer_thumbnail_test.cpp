@@ -9,14 +9,14 @@
 
 #include <android/log.h>
 
+#include "Clock.h"
 #include "ExifBlock.h"
+#include "Faults.h"
 #include "support/HeifReader.h"
 #include "support/JpegReader.h"
 #include "support/LogCapture.h"
 #include "support/Still.h"
 #include "support/TestDevice.h"
-#include "testing/Clock.h"
-#include "testing/Faults.h"
 
 namespace {
 

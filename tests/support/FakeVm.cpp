@@ -8,7 +8,7 @@
 
 #include <android/bitmap.h>
 
-#include "testing/Faults.h"
+#include "Faults.h"
 
 namespace quill::test {
 

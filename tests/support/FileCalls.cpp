@@ -10,8 +10,8 @@
 #include <optional>
 #include <utility>
 
-#include "testing/Clock.h"
-#include "testing/Faults.h"
+#include "Clock.h"
+#include "Faults.h"
 
 // Where the program's code lies, as its linker says it.
 extern "C" const char __executable_start, etext;

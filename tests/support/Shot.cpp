@@ -8,10 +8,10 @@
 #include <memory>
 #include <thread>
 
+#include "Clock.h"
+#include "Faults.h"
 #include "support/FileCalls.h"
 #include "support/HeifReader.h"
-#include "testing/Clock.h"
-#include "testing/Faults.h"
 
 namespace quill::test {
 

@@ -1,4 +1,4 @@
-#include "testing/Clock.h"
+#include "Clock.h"
 
 #include <cstdlib>
 #include <thread>

@@ -3,8 +3,8 @@
 
 #include <log/log.h>
 
-#include "system/JniReference.h"
-#include "testing/Faults.h"
+#include "Faults.h"
+#include "JniReference.h"
 
 namespace {
 

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "testing/Faults.h"
+#include "Faults.h"
 
 namespace {
 

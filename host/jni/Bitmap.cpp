@@ -4,8 +4,8 @@
 #include <mutex>
 #include <vector>
 
-#include "system/JniReference.h"
-#include "testing/Faults.h"
+#include "Faults.h"
+#include "JniReference.h"
 
 namespace {
 
