@@ -2,21 +2,16 @@
 # shellcheck shell=bash
 
 run_java() {
-    local dir=$root/build/release quiet=silent argument jars=/usr/share/java
-    build release quillheifwriter quill_jar
-    for argument in "$@"; do
-        [ "$argument" != --verbose ] || quiet=verbose
-    done
-    # Three quarters of the memory: a 64-megapixel photograph needs its pixels twice. The serial collector starts soonest.
-    LC_ALL=C.UTF-8 QUILL_LOG=${QUILL_LOG:-$quiet} java -XX:MaxRAMPercentage=75 -XX:+UseSerialGC -Djava.library.path="$dir/lib" \
-        -cp "$dir/java/quill.jar:$dir/java/quill-media.jar:$dir/java/quill-android.jar:$jars/picocli.jar:$jars/jackson-core.jar" \
-        com.quill.cli.Quill "$@"
+    build release quill
+    "$root/build/release/bin/quill" "$@"
 }
 
 demo() {
     local out=$root/out/demo photo=$root/photos/phone-3264x2448.jpg
-    local still=$out/phone-3264x2448.heic live=$out/phone-3264x2448.MP.heic clip=$root/photos/clip.mp4
-    mkdir -p "$out"
+    local still live clip=$root/photos/clip.mp4
+    mkdir -p "$out" 2>>"$log" || true
+    [ -w "$out" ] || out=$(mktemp -d)  # another user's checkout
+    still=$out/phone-3264x2448.heic live=$out/phone-3264x2448.MP.heic
     run_java still "$photo" -o "$still"
     echo
     echo "Read back by heif-info:"

@@ -46,22 +46,42 @@ install_packages() {
 
 # Runs a command with its output in the log; shows the log's end when it fails.
 logged() {
-    mkdir -p "$root/build"
+    mkdir -p "$(dirname "$log")"
     echo "\$ $*" >>"$log"
     "$@" >>"$log" 2>&1 && return
     tail -n 40 "$log" >&2
     return 1
 }
 
+# is_configured DIR: for this place, by the presets as they are. A checkout that was moved or copied has another's tree.
+is_configured() {
+    [ "$1/build.ninja" -nt "$root/CMakePresets.json" ] &&
+        grep -qxF "CMAKE_HOME_DIRECTORY:INTERNAL=$root" "$1/CMakeCache.txt"
+}
+
+# is_built STAMP: since that was made nothing here has changed.
+is_built() {
+    [ -e "$1" ] && [ -z "$(find "$root" \( -path "$root/build" -o -path "$root/out" -o -name .git \) -prune -o \
+        -mindepth 1 -newer "$1" -print -quit)" ]
+}
+
 # build PRESET [TARGET...]
 build() {
     local preset=$1 dir=$root/build/$1
     shift
-    # A tree configured before the presets changed counts as not configured.
-    [ "$dir/build.ninja" -nt "$root/CMakePresets.json" ] || {
+    local IFS=-
+    local stamp="$dir/built-$*"
+    unset IFS
+    if [ ! -w "$root" ]; then
+        is_configured "$dir" && is_built "$stamp" && return
+        die "$root has to be built by $(stat -c %U "$root"), who owns it: the same command does so"
+    fi
+    is_configured "$dir" || {
         echo "Configuring ($preset)" >&2
-        (cd "$root" && logged cmake --preset "$preset") || die "cannot configure preset $preset"
+        (cd "$root" && logged cmake --fresh --preset "$preset") || die "cannot configure preset $preset"
     }
-    ninja -C "$dir" -n "$@" 2>/dev/null | grep -q 'no work to do' || echo "Building ($preset)" >&2
+    is_built "$stamp" || echo "Building ($preset)" >&2
+    touch "$stamp.new"
     logged cmake --build "$dir" ${1:+--target "$@"} || die "cannot build preset $preset"
+    mv "$stamp.new" "$stamp"
 }

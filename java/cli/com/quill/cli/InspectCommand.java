@@ -1,6 +1,7 @@
 package com.quill.cli;
 
 import com.quill.inspect.Extraction;
+import com.quill.inspect.FileNames;
 import com.quill.inspect.HeifReport;
 import com.quill.inspect.JsonReport;
 import com.quill.inspect.TextReport;
@@ -52,7 +53,7 @@ final class InspectCommand implements Callable<Integer> {
             boolean extracted = mFolder == null || extract(report);
             if (problems.isEmpty()) return extracted ? 0 : 1;
             String more = problems.size() == 1 ? "" : "; more under its problems";
-            return fail(problems.get(0) + more);
+            return fail(FileNames.printed(problems.get(0)) + more);
         } catch (IOException e) {
             return fail(FailureText.of(e));
         } catch (OutOfMemoryError e) {

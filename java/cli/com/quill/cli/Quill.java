@@ -1,5 +1,9 @@
 package com.quill.cli;
 
+import com.quill.inspect.FileNames;
+import java.io.FileDescriptor;
+import java.io.FileOutputStream;
+import java.io.PrintWriter;
 import picocli.CommandLine;
 import picocli.CommandLine.Command;
 import picocli.CommandLine.Model.CommandSpec;
@@ -22,7 +26,13 @@ public final class Quill implements Runnable {
 
     public static void main(String[] arguments) {
         System.setProperty("java.awt.headless", "true");
-        System.exit(commandLine().execute(arguments));
+        CommandLine command = commandLine();
+        command.setOut(printer(FileDescriptor.out)).setErr(printer(FileDescriptor.err));
+        System.exit(command.execute(arguments));
+    }
+
+    private static PrintWriter printer(FileDescriptor stream) {
+        return new PrintWriter(new FileOutputStream(stream), true, FileNames.kCharset);
     }
 
     /** The parser, ready to execute; its output and error writers can be replaced. */

@@ -40,7 +40,7 @@ public final class JsonReport {
 
     private void write() throws IOException {
         mJson.writeStartObject();
-        mJson.writeStringField("file", mReport.mPath.toString());
+        mJson.writeStringField("file", FileNames.textOf(mReport.mPath));
         mJson.writeNumberField("size", mReport.mSize);
         mJson.writeStringField("majorBrand", mReport.mMajorBrand);
         writeArray("compatibleBrands", mReport.mCompatibleBrands, mJson::writeString);

@@ -31,7 +31,7 @@ public final class TextReport {
     }
 
     private void write() {
-        line("%s: %d bytes, brand %s, compatible with %s", Printable.of(mReport.mPath.toString()), mReport.mSize,
+        line("%s: %d bytes, brand %s, compatible with %s", Printable.of(FileNames.textOf(mReport.mPath)), mReport.mSize,
                 mReport.mMajorBrand, String.join(", ", mReport.mCompatibleBrands));
         line("%n%-40s %12s %12s", "Boxes", "offset", "size");
         writeBoxes(mReport.mBoxes, "  ");
@@ -49,7 +49,7 @@ public final class TextReport {
     }
 
     private void line(String format, Object... arguments) {
-        mOut.println(String.format(Locale.ROOT, format, arguments).stripTrailing());
+        mOut.println(FileNames.printed(String.format(Locale.ROOT, format, arguments).stripTrailing()));
     }
 
     // ---- boxes
