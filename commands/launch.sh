@@ -1,4 +1,4 @@
-# The command line in Java, and the demo. Sourced by ./quill.
+# The command line and the demo, out of the build. Sourced by ./quill.
 # shellcheck shell=bash
 
 run_java() {
