@@ -71,8 +71,8 @@ std::chrono::nanoseconds Clock::toWall(int64_t microseconds) const {
 
 }  // namespace quill::host
 
-// The library polls with usleep. Found ahead of the C library's in any program that links the stand-in
-// directly, this one puts those polls on the same clock as the codec's waits.
+// The library polls with usleep. This one, which it finds by its version (clock.map), puts those polls on the same
+// clock as the codec's waits.
 extern "C" int usleep(useconds_t microseconds) {
     quill::host::Clock::instance().sleepUs(microseconds);
     return 0;

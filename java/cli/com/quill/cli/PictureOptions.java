@@ -42,6 +42,11 @@ final class PictureOptions {
                     + "(default: ${DEFAULT-VALUE}).")
     private String mRotation;
 
+    @Option(names = "--preset", paramLabel = "PRESET",
+            description = "x265's preset, from large files in little time to small ones in much: "
+                    + "${COMPLETION-CANDIDATES} (default: by size, ultrafast above 3 megapixels).")
+    private EncoderPreset mPreset;
+
     @Option(names = "--verbose", description = "Shows the library's log, and details of failures.")
     private boolean mVerbose;
 
@@ -50,7 +55,7 @@ final class PictureOptions {
 
     /** As the options say; a ParameterException says which of them cannot be. */
     StillConversion conversion() {
-        return new StillConversion(mFormat == null ? null : mFormat.mFormat, checkedQuality(), checkedRotation());
+        return new StillConversion(mFormat == null ? null : mFormat.mFormat, checkedQuality(), checkedRotation(), mPreset);
     }
 
     /** Reports one photograph's failure, in detail when that is wanted. */

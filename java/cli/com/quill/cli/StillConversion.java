@@ -7,19 +7,16 @@ import java.io.IOException;
 import java.nio.file.Files;
 import java.nio.file.Path;
 import java.util.Locale;
-import java.util.concurrent.TimeUnit;
 
 /** Turns photographs into HEIF stills through the native library, as a camera app does. */
 final class StillConversion {
     /** Take the rotation from the photograph. */
     static final int kAutomaticRotation = -1;
 
-    // How long the library waits for its encoder.
-    private static final long kTimeoutNanos = TimeUnit.SECONDS.toNanos(10);
-
     private final ColorFormat mFormat;  // null: by the picture
     private final int mQuality;
     private final int mRotation;
+    private final EncoderPreset mPreset;  // null: by the picture
 
     /** What was written. */
     static final class Result {
@@ -72,9 +69,10 @@ final class StillConversion {
 
     /**
      * Every still in one quality and frame format; a null format is chosen by the picture. Rotation in degrees or
-     * {@link #kAutomaticRotation}.
+     * {@link #kAutomaticRotation}. A null preset is chosen by the picture.
      */
-    StillConversion(ColorFormat format, int quality, int rotation) {
+    StillConversion(ColorFormat format, int quality, int rotation, EncoderPreset preset) {
+        mPreset = preset;
         mFormat = format;
         mQuality = quality;
         mRotation = rotation;
@@ -126,6 +124,7 @@ final class StillConversion {
     private void write(Frame frame, Content content, AtomicOutput output) throws IOException {
         long start = System.nanoTime();
         boolean encoded = false;
+        double waits = EncoderPreset.prepare(mPreset, frame.mLayout);
         try (QuillHeifWriter writer = new QuillHeifWriter(frame.mLayout, mQuality, frame.mRotation)) {
             content.write(writer, frame, output);
             encoded = true;
@@ -134,13 +133,13 @@ final class StillConversion {
             String full = output.whyFull();
             if (full != null) throw new IOException("the output cannot be written: " + full, e);
             if (encoded) throw e;
-            throw new IOException(whyNotEncoded(frame.mLayout, System.nanoTime() - start), e);
+            throw new IOException(whyNotEncoded(frame.mLayout, (System.nanoTime() - start) / 1e9 >= waits), e);
         }
     }
 
-    private static String whyNotEncoded(FrameLayout layout, long nanos) {
+    private static String whyNotEncoded(FrameLayout layout, boolean late) {
         String frame = layout.width() + "x" + layout.height() + " " + nameOf(layout.format());
-        if (nanos >= kTimeoutNanos) {
+        if (late) {
             return "the encoder did not finish a picture of " + frame + " in time; --verbose shows its log";
         }
         return "the encoder refuses a picture of " + frame + "; --verbose shows why";

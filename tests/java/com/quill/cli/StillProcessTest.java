@@ -13,6 +13,8 @@ import java.nio.file.WatchService;
 import java.util.ArrayList;
 import java.util.List;
 import java.util.concurrent.TimeUnit;
+import java.util.regex.Matcher;
+import java.util.regex.Pattern;
 import java.util.stream.Collectors;
 import java.util.stream.Stream;
 import org.junit.jupiter.api.Test;
@@ -60,6 +62,16 @@ class StillProcessTest {
         assertEquals(1, process.waitFor(), output);
         assertTrue(output.contains("photo.jpg: the encoder refuses a picture of 96x64 rgba"), output);
         assertEquals(List.of("photo.jpg"), files());
+    }
+
+    @Test
+    void still_WaitsLongerForASlowPresetOnTheStretchedClock() throws Exception {
+        Path photo = Pictures.writeJpeg(mFolder.resolve("photo.jpg"), 1200, 900);
+        Process process = start("export QUILL_DEVICE=free-codec QUILL_CLOCK_STRETCH=100; ", photo.toString(),
+                "--preset", "placebo");
+        // Two polls of 2 ms; a picture of a megapixel makes them five times as long at this preset.
+        Matcher seconds = Pattern.compile("([0-9.]+) s\\R").matcher(output(process));
+        assertTrue(seconds.find() && Double.parseDouble(seconds.group(1)) >= 2.0, seconds::toString);
     }
 
     @Test
