@@ -2,7 +2,7 @@
 # shellcheck shell=bash
 
 run_java() {
-    build release quill
+    build release quill_classes
     "$root/build/release/bin/quill" "$@"
 }
 

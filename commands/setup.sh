@@ -23,16 +23,18 @@ missing_packages() {
     done
 }
 
+# find_sudo WHAT_FOR
+find_sudo() {
+    command -v sudo || die "needs root or sudo $1"
+}
+
 # install_packages GROUP...
 install_packages() {
     local missing sudo=
     missing=$(missing_packages "$@")
     [ -n "$missing" ] || return 0
     command -v apt-get >/dev/null || die "needs Debian 12's packages: ${missing//$'\n'/ }"
-    if [ "$(id -u)" != 0 ]; then
-        command -v sudo >/dev/null || die "needs root or sudo to install: ${missing//$'\n'/ }"
-        sudo=sudo
-    fi
+    [ "$(id -u)" = 0 ] || sudo=$(find_sudo "to install ${missing//$'\n'/ }")
     echo "Installing ${missing//$'\n'/ }" >&2
     case $missing in *:arm64*)
         logged $sudo dpkg --add-architecture arm64 || die "dpkg cannot take arm64 packages"

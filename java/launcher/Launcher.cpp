@@ -7,6 +7,7 @@
 #include <jni.h>
 #include <langinfo.h>
 #include <locale.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -46,15 +47,16 @@ std::vector<fs::path> javaHomes() {
     return homes;
 }
 
-/** The JVM's library. Builds of the JDK for small processors have another than the server's. */
-void* loadVm() {
+/** The JVM's library, empty if there is no JVM. Builds of the JDK for small processors have another than the server's.
+ */
+fs::path findVm() {
     for (const fs::path& home : javaHomes()) {
         for (const char* const kind : {"server", "client", "zero", "minimal"}) {
-            const fs::path library = home / "lib" / kind / "libjvm.so";
-            if (void* const loaded = dlopen(library.c_str(), RTLD_NOW | RTLD_GLOBAL)) return loaded;
+            fs::path library = home / "lib" / kind / "libjvm.so";
+            if (fs::exists(library)) return library;
         }
     }
-    return nullptr;
+    return {};
 }
 
 /** Where this program is, the build's tree or an installation's: its own libraries and jars are found from there. */
@@ -66,33 +68,50 @@ fs::path beside(const char* installed, const char* built) {
     return fs::is_directory(folder) ? folder : (ownFolder() / built).lexically_normal();
 }
 
-std::vector<std::string> vmOptions() {
+/** The archive is this JVM's: an upgrade keeps the times of the files in its package, but not the time of their change.
+ */
+bool isArchiveOf(const fs::path& vm, const fs::path& classes) {
+    struct stat library {
+    }, archive{};
+    return stat(vm.c_str(), &library) == 0 && stat(classes.c_str(), &archive) == 0 && archive.st_size > 0 &&
+           archive.st_mtim.tv_sec >= library.st_ctim.tv_sec;
+}
+
+std::vector<std::string> vmOptions(const fs::path& vm) {
     const std::string jars = beside(QUILL_JARS_FROM_PROGRAM, "../java");
+    const fs::path libraries = beside(QUILL_LIBRARIES_FROM_PROGRAM, "../lib");
     std::string classPath;
     for (const char* const jar : {"quill", "quill-media", "quill-android"}) classPath += jars + "/" + jar + ".jar:";
-    return {"-Djava.class.path=" + classPath + QUILL_JARS_OF_OTHERS,
-            "-Djava.library.path=" + beside(QUILL_LIBRARIES_FROM_PROGRAM, "../lib").string(),
-            "-Djava.awt.headless=true",
-            // A 64-megapixel photograph needs its pixels twice.
-            "-XX:MaxRAMPercentage=75",
-            // Starts soonest.
-            "-XX:+UseSerialGC"};
+    std::vector<std::string> options{"-Djava.class.path=" + classPath + QUILL_JARS_OF_OTHERS,
+                                     "-Djava.library.path=" + libraries.string() + ":" QUILL_LIBRARIES_OF_OTHERS,
+                                     "-Djava.awt.headless=true", "-Dquill.version=" QUILL_VERSION,
+                                     // A 64-megapixel photograph needs its pixels twice.
+                                     "-XX:MaxRAMPercentage=75",
+                                     // What starts soonest.
+                                     "-XX:+UseSerialGC", "-XX:TieredStopAtLevel=1", "-XX:-UsePerfData",
+                                     // Classes as they were loaded when this was installed. Of no use to another JVM:
+                                     // then it says so in its log.
+                                     "-Xlog:disable", "-Xlog:all=error:stderr"};
+    const fs::path classes = libraries / "quill/classes.jsa";
+    if (isArchiveOf(vm, classes)) options.push_back("-XX:SharedArchiveFile=" + classes.string());
+    return options;
 }
 
 JNIEnv* startVm() {
-    void* const library = loadVm();
+    const fs::path vm = findVm();
+    void* const library = vm.empty() ? nullptr : dlopen(vm.c_str(), RTLD_NOW | RTLD_GLOBAL);
     const auto create = library == nullptr ? nullptr : reinterpret_cast<CreateVm>(dlsym(library, "JNI_CreateJavaVM"));
     if (create == nullptr) {
         fputs("quill: there is no Java 17 (Debian package openjdk-17-jre-headless); JAVA_HOME names another\n", stderr);
         return nullptr;
     }
-    std::vector<std::string> texts = vmOptions();
+    std::vector<std::string> texts = vmOptions(vm);
     std::vector<JavaVMOption> options;
     for (std::string& text : texts) options.push_back({text.data(), nullptr});
     JavaVMInitArgs arguments{JNI_VERSION_1_6, static_cast<jint>(options.size()), options.data(), JNI_FALSE};
-    JavaVM* vm = nullptr;
+    JavaVM* started = nullptr;
     JNIEnv* env = nullptr;
-    return create(&vm, reinterpret_cast<void**>(&env), &arguments) == JNI_OK ? env : nullptr;
+    return create(&started, reinterpret_cast<void**>(&env), &arguments) == JNI_OK ? env : nullptr;
 }
 
 jstring textOf(JNIEnv* env, const char* bytes) {

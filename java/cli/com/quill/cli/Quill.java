@@ -13,6 +13,7 @@ import picocli.CommandLine.Spec;
 
 /** The command line's entry. */
 @Command(name = "quill", description = "Writes HEIF pictures and looks into them.",
+        version = "quill ${sys:quill.version}",
         subcommands = {StillCommand.class, LiveCommand.class, InspectCommand.class},
         synopsisSubcommandLabel = "COMMAND")
 public final class Quill implements Runnable {
@@ -23,6 +24,9 @@ public final class Quill implements Runnable {
 
     @Option(names = {"-h", "--help"}, usageHelp = true, description = "Shows this help.")
     private boolean mHelp;
+
+    @Option(names = {"-V", "--version"}, versionHelp = true, description = "Shows the version.")
+    private boolean mVersion;
 
     public static void main(String[] arguments) {
         System.setProperty("java.awt.headless", "true");
