@@ -1,14 +1,10 @@
 package com.quill.cli;
 
-import java.io.DataInputStream;
-import java.io.EOFException;
-import java.io.IOException;
-import java.io.InputStream;
 import java.util.Arrays;
 import java.util.function.IntConsumer;
 
 /**
- * The EXIF block of a JPEG file: "Exif", 0, 0 and a TIFF structure. Blocks come from anywhere, so every read stays
+ * An EXIF block: "Exif", 0, 0 and a TIFF structure. Blocks come from anywhere, so every read stays
  * inside the block, and what makes no sense counts as absent.
  */
 final class ExifBlock {
@@ -24,39 +20,22 @@ final class ExifBlock {
     private static final int kOrientationTag = 0x0112;
     private static final int kShortType = 3;
 
-    private static final int kStartOfImage = 0xffd8;
-    private static final int kStartOfScan = 0xda;
-    private static final int kEndOfImage = 0xd9;
-    private static final int kApp1 = 0xe1;
-
     private final byte[] mBytes;
 
     private ExifBlock(byte[] bytes) {
         mBytes = bytes;
     }
 
-    /** The block of the JPEG data in {@code file}, or null when it has none or is no JPEG. */
-    static byte[] find(InputStream file) throws IOException {
-        DataInputStream jpeg = new DataInputStream(file);
-        try {
-            return jpeg.readUnsignedShort() == kStartOfImage ? findInSegments(jpeg) : null;
-        } catch (EOFException e) {
-            return null;
-        }
+    /** What a block begins with. */
+    static byte[] header() {
+        return kHeader.clone();
     }
 
-    private static byte[] findInSegments(DataInputStream jpeg) throws IOException {
-        while (true) {
-            if (jpeg.readUnsignedByte() != 0xff) return null;
-            int marker = jpeg.readUnsignedByte();
-            while (marker == 0xff) marker = jpeg.readUnsignedByte();  // fill bytes
-            if (marker == kStartOfScan || marker == kEndOfImage) return null;
-            int size = jpeg.readUnsignedShort() - 2;
-            if (size < 0) return null;
-            byte[] segment = new byte[size];
-            jpeg.readFully(segment);
-            if (marker == kApp1 && startsWithHeader(segment)) return segment;
-        }
+    /** The block for a TIFF structure that stands by itself. */
+    static byte[] ofTiff(byte[] tiff) {
+        byte[] block = Arrays.copyOf(kHeader, kHeader.length + tiff.length);
+        System.arraycopy(tiff, 0, block, kHeader.length, tiff.length);
+        return block;
     }
 
     private static boolean startsWithHeader(byte[] segment) {

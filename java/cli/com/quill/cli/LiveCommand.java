@@ -14,7 +14,7 @@ import picocli.CommandLine.Spec;
 
 /** {@code quill live}: a photograph and a video to a live photo. */
 @Command(name = "live", sortOptions = false,
-        description = "Writes a photograph (JPEG, PNG) and a video (MP4, MOV) as a live photo: one HEIF file.",
+        description = "Writes a photograph (JPEG, PNG, TIFF) and a video (MP4, MOV) as a live photo: one HEIF file.",
         footer = {"", "Without -o it is written beside the photograph, as NAME.MP.heic. A file of that name is "
             + "replaced once the new one is whole; the files it is made of are never overwritten.", "",
             "Exit status: 0 when the live photo was written, 1 when it was not, 2 for wrong usage."})

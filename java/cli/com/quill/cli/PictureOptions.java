@@ -33,8 +33,8 @@ final class PictureOptions {
     private int mQuality;
 
     @Option(names = "--format", paramLabel = "FORMAT",
-            description = "Camera frame format given to the library: ${COMPLETION-CANDIDATES} (default: nv12; rgba for "
-                    + "an odd width, whose last column the others color wrongly). p010 gives a 10-bit still.")
+            description = "Camera frame format given to the library: ${COMPLETION-CANDIDATES} (default: i420; rgba for "
+                    + "an odd width or height, which the others do not take). p010 gives a 10-bit still.")
     private FrameFormat mFormat;
 
     @Option(names = "--rotation", paramLabel = "DEGREES", defaultValue = "auto",

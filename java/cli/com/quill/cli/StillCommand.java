@@ -14,7 +14,7 @@ import picocli.CommandLine.Parameters;
 import picocli.CommandLine.Spec;
 
 /** {@code quill still}: photographs to HEIF stills. */
-@Command(name = "still", sortOptions = false, description = "Writes photographs (JPEG, PNG) as HEIF stills.",
+@Command(name = "still", sortOptions = false, description = "Writes photographs (JPEG, PNG, TIFF) as HEIF stills.",
         footer = {"", "Without -o and -d a still is written beside its photograph, as NAME.heic. A file of that name "
             + "is replaced once the new one is whole; a photograph is never overwritten.", "",
             "Exit status: 0 when every still was written, 1 when one was not, 2 for wrong usage."})

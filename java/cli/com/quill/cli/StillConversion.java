@@ -23,11 +23,13 @@ final class StillConversion {
         final FrameLayout mLayout;
         final long mBytes;
         final long mNanos;
+        final Losses mLosses;
 
-        Result(FrameLayout layout, long bytes, long nanos) {
+        Result(FrameLayout layout, long bytes, long nanos, Losses losses) {
             mLayout = layout;
             mBytes = bytes;
             mNanos = nanos;
+            mLosses = losses;
         }
     }
 
@@ -46,12 +48,14 @@ final class StillConversion {
         final byte[] mPixels;
         final byte[] mExif;  // null for none
         final int mRotation;
+        final Losses mLosses;
 
-        Frame(FrameLayout layout, byte[] pixels, byte[] exif, int rotation) {
+        Frame(FrameLayout layout, byte[] pixels, byte[] exif, int rotation, Losses losses) {
             mLayout = layout;
             mPixels = pixels;
             mExif = exif;
             mRotation = rotation;
+            mLosses = losses;
         }
     }
 
@@ -90,35 +94,41 @@ final class StillConversion {
         try (AtomicOutput output = new AtomicOutput(target)) {
             write(frame, content, output);
         }
-        return new Result(frame.mLayout, Files.size(target), System.nanoTime() - start);
+        return new Result(frame.mLayout, Files.size(target), System.nanoTime() - start, frame.mLosses);
     }
 
     // Its own method, so that the decoded image is gone before the library takes its copy of the frame.
     private Frame load(Path file) throws IOException {
         Photograph photo = Photograph.read(file);
-        RgbRows rows = ImageRows.of(photo.image());
         Orientation orientation = mRotation == kAutomaticRotation
                 ? Orientation.ofTiff(ExifBlock.orientation(photo.exif()))
                 : Orientation.ofRotation(mRotation);
         // The container turns the picture now; a reader that heeds both would turn it twice.
         ExifBlock.setUpright(photo.exif());
-        FrameLayout layout = layoutOf(rows);
-        byte[] pixels = FrameConverter.convert(orientation.mMirrored ? rows.mirrored() : rows, layout);
-        return new Frame(layout, pixels, photo.exif(), orientation.mRotation);
+        FrameLayout layout = layoutOf(photo.pixels());
+        byte[] pixels = new byte[Math.toIntExact(layout.frameBytes())];
+        photo.pixels().fill(layout, pixels, photo.losses());
+        if (orientation.mMirrored) Plane.of(layout).forEach(plane -> plane.mirror(pixels));
+        return new Frame(layout, pixels, photo.exif(), orientation.mRotation, photo.losses());
     }
 
-    private FrameLayout layoutOf(RgbRows rows) throws IOException {
+    private FrameLayout layoutOf(Pixels pixels) throws IOException {
+        int width = pixels.width();
+        int height = pixels.height();
         try {
-            return FrameLayout.evenlyPadded(rows.width(), rows.height(), formatFor(rows.width()));
+            return new FrameLayout(width, height, width, height, formatFor(width, height));
         } catch (IllegalArgumentException e) {
             throw new IOException(e.getMessage(), e);
         }
     }
 
-    // A row of chroma is read up to the picture's width, so with an odd one half of its last sample is missing.
-    private ColorFormat formatFor(int width) {
-        if (mFormat != null) return mFormat;
-        return width % 2 == 0 ? ColorFormat.NV12 : ColorFormat.RGBA8888;
+    // The encoder takes chroma as it is, and of an odd column or row it takes only a part.
+    private ColorFormat formatFor(int width, int height) throws IOException {
+        boolean even = width % 2 == 0 && height % 2 == 0;
+        if (mFormat == null) return even ? ColorFormat.I420 : ColorFormat.RGBA8888;
+        if (even || mFormat == ColorFormat.RGBA8888) return mFormat;
+        throw new IOException("the format " + nameOf(mFormat) + " takes an even width and height, and the picture has "
+                + width + "x" + height + "; leave --format out, or take rgba");
     }
 
     private void write(Frame frame, Content content, AtomicOutput output) throws IOException {

@@ -34,6 +34,8 @@ final class StillReport {
                 result.mLayout.width(), result.mLayout.height(), StillConversion.nameOf(result.mLayout.format()),
                 sizeText(result.mBytes), result.mNanos / 1e9, remark));
         mOut.flush();
+        if (!result.mLosses.isEmpty()) mErr.println("quill: " + still.mPhoto + ": not kept: " + result.mLosses);
+        mErr.flush();
         step();
     }
 

@@ -2,14 +2,10 @@ package com.quill.cli;
 
 import static org.junit.jupiter.api.Assertions.assertArrayEquals;
 import static org.junit.jupiter.api.Assertions.assertEquals;
-import static org.junit.jupiter.api.Assertions.assertNull;
 
-import java.io.ByteArrayInputStream;
-import java.io.IOException;
 import java.nio.ByteOrder;
 import java.util.Arrays;
 import java.util.stream.Stream;
-import org.junit.jupiter.api.Test;
 import org.junit.jupiter.params.ParameterizedTest;
 import org.junit.jupiter.params.provider.CsvSource;
 import org.junit.jupiter.params.provider.MethodSource;
@@ -17,25 +13,6 @@ import org.junit.jupiter.params.provider.MethodSource;
 class ExifBlockTest {
     static Stream<ByteOrder> orders() {
         return Stream.of(ByteOrder.LITTLE_ENDIAN, ByteOrder.BIG_ENDIAN);
-    }
-
-    private static byte[] find(byte[] jpeg) throws IOException {
-        return ExifBlock.find(new ByteArrayInputStream(jpeg));
-    }
-
-    @Test
-    void find_TakesThePayloadWithoutMarkerAndLength() throws IOException {
-        byte[] block = Pictures.exif(ByteOrder.LITTLE_ENDIAN, 6);
-        assertArrayEquals(block, find(Pictures.jpegWithExif(16, 16, block)));
-    }
-
-    @Test
-    void find_NoneInPlainOrCutFiles() throws IOException {
-        assertNull(find(Pictures.jpeg(16, 16)));
-        byte[] jpeg = Pictures.jpegWithExif(16, 16, Pictures.exif(ByteOrder.LITTLE_ENDIAN, 6));
-        int end = 2 + 4 + Pictures.exif(ByteOrder.LITTLE_ENDIAN, 6).length;
-        for (int length = 0; length < end; ++length) assertNull(find(Arrays.copyOf(jpeg, length)));
-        assertNull(find(new byte[] {(byte) 0xff, (byte) 0xd8, (byte) 0xff, (byte) 0xe1, 0, 1}));  // length below 2
     }
 
     @ParameterizedTest
