@@ -15,7 +15,7 @@ import java.util.concurrent.ThreadLocalRandom;
  * away on close, and when the process is interrupted.
  */
 final class AtomicOutput implements AutoCloseable {
-    private static final int kProbeBytes = 1 << 16;
+    private static final int kProbeBytes = 1 << 20;
 
     private static final Set<Path> gUnfinished = new HashSet<>();
     private static boolean gInterrupted;
@@ -49,12 +49,18 @@ final class AtomicOutput implements AutoCloseable {
         return mGrowing.toFile().length();
     }
 
-    /** Why the file cannot take more data, or null when it can or is closed already; spoils what was written. */
-    String whyFull() {
+    /**
+     * Why the file cannot take {@code bytes}, or null when it can or is closed already; spoils what was written. What
+     * failed for want of room has been taken back by then, so asking for less tells nothing.
+     */
+    String whyFull(long bytes) {
         if (!mFile.getChannel().isOpen()) return null;
+        byte[] probe = new byte[kProbeBytes];
         try {
-            mFile.seek(mFile.length());
-            mFile.write(new byte[kProbeBytes]);
+            mFile.setLength(0);
+            for (long done = 0; done < bytes; done += probe.length) {
+                mFile.write(probe, 0, (int) Math.min(probe.length, bytes - done));
+            }
             mFile.getFD().sync();
             return null;
         } catch (IOException e) {
@@ -62,11 +68,15 @@ final class AtomicOutput implements AutoCloseable {
         }
     }
 
-    /** Brings the data to the disk, checks the file and gives it its name, replacing a file that has it already. */
-    void publish(Check check) throws IOException {
+    /**
+     * Brings the data to the disk, checks the file, dates it like {@code source} and gives it its name, replacing a file
+     * that has it already.
+     */
+    void publish(Check check, Path source) throws IOException {
         mFile.getFD().sync();
         check.check(mGrowing);
         mFile.close();
+        Files.setLastModifiedTime(mGrowing, Files.getLastModifiedTime(source));
         Files.move(mGrowing, mTarget, StandardCopyOption.ATOMIC_MOVE);
         forget(mGrowing);
     }

@@ -6,6 +6,7 @@ import java.nio.file.FileSystemException;
 import java.nio.file.Files;
 import java.nio.file.NoSuchFileException;
 import java.nio.file.Path;
+import java.util.Locale;
 
 /** Why a file could not be read or written, for the user. */
 final class FailureText {
@@ -21,8 +22,18 @@ final class FailureText {
     /** Throws when {@code file} is nothing that can be read from start to end; a pipe, say, would block. */
     static void checkInput(Path file) throws IOException {
         if (!Files.exists(file)) throw new IOException("there is no such file");
-        if (Files.isDirectory(file)) throw new IOException("is a directory");
+        if (Files.isDirectory(file)) throw new IOException("is a directory (still -r takes the photographs in it)");
         if (!Files.isRegularFile(file)) throw new IOException("is not a regular file");
+    }
+
+    /** {@code text} in one line that a terminal shows and does not obey: a file's name may hold anything. */
+    static String line(String text) {
+        StringBuilder line = new StringBuilder();
+        for (char c : text.toCharArray()) {
+            boolean control = c < ' ' || c == 0x7f;
+            line.append(control ? String.format(Locale.ROOT, "\\x%02x", (int) c) : String.valueOf(c));
+        }
+        return line.toString();
     }
 
     private static String ofFile(IOException e) {

@@ -17,9 +17,9 @@ import picocli.CommandLine.Option;
 import picocli.CommandLine.Parameters;
 import picocli.CommandLine.Spec;
 
-/** {@code quill inspect}: what is in a HEIF file. */
+/** {@code quill inspect}: what is in HEIF files. */
 @Command(name = "inspect", sortOptions = false,
-        description = "Shows what is in a HEIF file: boxes, items, grid, EXIF, XMP, live-photo sections.",
+        description = "Shows what is in HEIF files: boxes, items, grid, EXIF, XMP, live-photo sections.",
         footer = {"", "A damaged file is shown as far as it can be read.", "",
             "docs/inspect.md lists the names in the JSON document.", "",
             "Exit status: 0 for a sound file, 1 when something in it is damaged or could not be written, "
@@ -28,16 +28,16 @@ final class InspectCommand implements Callable<Integer> {
     @Spec
     private CommandSpec mSpec;
 
-    @Parameters(paramLabel = "FILE", description = "The file to look into.")
-    private Path mFile;
+    @Parameters(paramLabel = "FILE", arity = "1..*", description = "Files to look into.")
+    private List<Path> mFiles;
 
-    @Option(names = "--json", description = "Writes one JSON document in place of text; complete, nothing summarised.")
+    @Option(names = "--json", description = "Writes a JSON document a file in place of text; complete, nothing summarised.")
     private boolean mJson;
 
     @Option(names = "--extract", paramLabel = "DIR",
             description = "Writes the EXIF block (exif.bin), its thumbnail (thumbnail.jpg), the XMP packet (xmp.xml) and "
                     + "a live photo's video.mp4, gainmap.bin and extender.bin, as far as there are any, into DIR, "
-                    + "which is made when it is missing.")
+                    + "which is made when it is missing; of several files into DIR/FILE.")
     private Path mFolder;
 
     @Option(names = {"-h", "--help"}, usageHelp = true, description = "Shows this help.")
@@ -45,27 +45,36 @@ final class InspectCommand implements Callable<Integer> {
 
     @Override
     public Integer call() {
+        int worst = 0;
+        for (Path file : mFiles) {
+            if (file != mFiles.get(0) && !mJson) mSpec.commandLine().getOut().println();
+            worst = Math.max(worst, inspect(file));
+        }
+        return worst;
+    }
+
+    private int inspect(Path file) {
         try {
-            FailureText.checkInput(mFile);
-            HeifReport report = HeifReport.read(mFile);
+            FailureText.checkInput(file);
+            HeifReport report = HeifReport.read(file);
             write(report);
             List<String> problems = report.problems();
-            boolean extracted = mFolder == null || extract(report);
+            boolean extracted = mFolder == null || extract(file, report);
             if (problems.isEmpty()) return extracted ? 0 : 1;
             String more = problems.size() == 1 ? "" : "; more under its problems";
-            return fail(FileNames.printed(problems.get(0)) + more);
+            return fail(file, FileNames.printed(problems.get(0)) + more);
         } catch (IOException e) {
-            return fail(FailureText.of(e));
+            return fail(file, FailureText.of(e));
         } catch (OutOfMemoryError e) {
-            return fail("there is not enough memory for what it holds");
+            return fail(file, "there is not enough memory for what it holds");
         } catch (RuntimeException e) {
-            return fail("failed unexpectedly: " + e);
+            return fail(file, "failed unexpectedly: " + e);
         }
     }
 
-    private int fail(String why) {
+    private int fail(Path file, String why) {
         PrintWriter err = mSpec.commandLine().getErr();
-        err.println("quill: " + mFile + ": " + why);
+        err.println(FailureText.line("quill: " + file + ": " + why));
         err.flush();
         return 1;
     }
@@ -80,18 +89,19 @@ final class InspectCommand implements Callable<Integer> {
         out.flush();
     }
 
-    private boolean extract(HeifReport report) {
+    private boolean extract(Path file, HeifReport report) {
         // JSON stays the only thing on the standard output.
+        Path folder = mFiles.size() == 1 ? mFolder : mFolder.resolve(file.getFileName());
         PrintWriter out = mJson ? mSpec.commandLine().getErr() : mSpec.commandLine().getOut();
         try {
-            List<Path> written = Extraction.write(report, mFolder);
+            List<Path> written = Extraction.write(report, folder);
             if (!mJson) out.println();
-            for (Path file : written) out.println("wrote " + file + ", " + Files.size(file) + " bytes");
+            for (Path part : written) out.println("wrote " + part + ", " + Files.size(part) + " bytes");
             if (written.isEmpty()) out.println("nothing to extract: there is no EXIF, no XMP and no live photo");
             out.flush();
             return true;
         } catch (IOException e) {
-            fail("cannot extract: " + FailureText.of(e));
+            fail(file, "cannot extract: " + FailureText.of(e));
             return false;
         }
     }

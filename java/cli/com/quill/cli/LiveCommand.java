@@ -2,6 +2,7 @@ package com.quill.cli;
 
 import java.io.IOException;
 import java.io.PrintWriter;
+import java.nio.file.Files;
 import java.nio.file.Path;
 import java.util.Locale;
 import java.util.concurrent.Callable;
@@ -51,8 +52,9 @@ final class LiveCommand implements Callable<Integer> {
 
     @Override
     public Integer call() {
+        mPicture.checkOutput(mOutput);
         StillConversion conversion = mPicture.conversion();
-        Path target = mOutput == null ? PlannedStill.targetOf(mPhoto, null, kEnding) : mOutput;
+        Path target = mOutput == null ? PlannedStill.targetOf(mPhoto, kEnding) : mOutput;
         PlannedStill planned = new PlannedStill(mPhoto, target);
         PrintWriter err = mSpec.commandLine().getErr();
         boolean terminal = Terminal.isStandardError();
@@ -61,7 +63,7 @@ final class LiveCommand implements Callable<Integer> {
             checkFiles(planned);
             LiveContent content =
                     new LiveContent(clip(), mGainmap, mExtender, mXmp, new CopyProgress(err, terminal));
-            report.written(planned, conversion.run(mPhoto, target, content), remark(content.mClip));
+            report.written(planned, conversion.write(conversion.load(mPhoto), target, content), remark(content.mClip));
             return 0;
         } catch (IOException | OutOfMemoryError | LinkageError | RuntimeException e) {
             mPicture.reportFailure(report, planned, e);
@@ -75,6 +77,8 @@ final class LiveCommand implements Callable<Integer> {
         planned.checkKept("photograph", mPhoto);
         checkSource(planned, "video", mVideo);
         checkSource(planned, "gain map", mGainmap);
+        boolean noMap = mGainmap != null && Files.size(mGainmap) == 0;
+        if (noMap) throw new IOException("the gain map " + mGainmap + " is empty");
         checkSource(planned, "extender", mExtender);
         checkSource(planned, "XMP packet", mXmp);
     }

@@ -86,7 +86,8 @@ final class LiveContent implements StillConversion.Content {
         }
     }
 
-    private long appendedBytes() {
+    @Override
+    public long appendedBytes() {
         return mSections.stream().mapToLong(section -> section.mBytes).sum();
     }
 }

@@ -1,6 +1,7 @@
 package com.quill.cli;
 
 import com.quill.media.ColorFormat;
+import java.nio.file.Path;
 import picocli.CommandLine.Model.CommandSpec;
 import picocli.CommandLine.Option;
 import picocli.CommandLine.ParameterException;
@@ -56,6 +57,12 @@ final class PictureOptions {
     /** As the options say; a ParameterException says which of them cannot be. */
     StillConversion conversion() {
         return new StillConversion(mFormat == null ? null : mFormat.mFormat, checkedQuality(), checkedRotation(), mPreset);
+    }
+
+    /** Refuses the standard output, which others write by this name. */
+    void checkOutput(Path output) {
+        boolean standard = output != null && output.toString().equals("-");
+        if (standard) throw usage("'-o -': a still is read back when it is written, so it needs a file, not a stream");
     }
 
     /** Reports one photograph's failure, in detail when that is wanted. */

@@ -10,6 +10,8 @@ import java.util.Map;
 
 /** One photograph and the file it becomes. */
 final class PlannedStill {
+    private static final String kEnding = ".heic";
+
     final Path mPhoto;
     final Path mTarget;
 
@@ -19,39 +21,36 @@ final class PlannedStill {
     }
 
     /**
-     * Names the output of each photograph: NAME.heic in {@code folder}, or beside the photograph when that is null.
-     * Throws an IllegalArgumentException when two of them would be the same file.
+     * Names the output of each photograph: NAME.heic beside it or, unless that is null, at its place below
+     * {@code folder}. Throws an IllegalArgumentException when two of them would be the same file.
      */
-    static List<PlannedStill> forAll(List<Path> photos, Path folder) {
+    static List<PlannedStill> forAll(List<PhotoList.Entry> photos, Path folder) {
         Map<Path, Path> photoOfTarget = new HashMap<>();
         List<PlannedStill> planned = new ArrayList<>();
-        for (Path photo : photos) {
-            Path target = targetOf(photo, folder, ".heic");
+        for (PhotoList.Entry entry : photos) {
+            Path photo = entry.photo();
+            Path target = folder == null ? targetOf(photo, kEnding) : folder.resolve(targetOf(entry.place(), kEnding));
             Path other = photoOfTarget.putIfAbsent(target.toAbsolutePath().normalize(), photo);
-            if (other != null) {
-                throw new IllegalArgumentException(other + " and " + photo + " would both become " + target);
-            }
+            if (other != null) throw new IllegalArgumentException(clash(other, photo, target));
             planned.add(new PlannedStill(photo, target));
         }
         return planned;
     }
 
-    /** NAME, the photograph's without its ending, + {@code ending}, in {@code folder} or, when null, beside it. */
-    static Path targetOf(Path photo, Path folder, String ending) {
+    private static String clash(Path one, Path other, Path target) {
+        boolean same = one.toAbsolutePath().normalize().equals(other.toAbsolutePath().normalize());
+        return same ? other + " is named twice" : one + " and " + other + " would both become " + target;
+    }
+
+    /** NAME, the photograph's without its ending, + {@code ending}, beside it. */
+    static Path targetOf(Path photo, String ending) {
         Path fileName = photo.getFileName();
         String name = fileName == null ? "" : fileName.toString();
         int dot = name.lastIndexOf('.');
-        String target = (dot > 0 ? name.substring(0, dot) : name) + ending;
-        return folder == null ? photo.resolveSibling(target) : folder.resolve(target);
+        return photo.resolveSibling((dot > 0 ? name.substring(0, dot) : name) + ending);
     }
 
-    /** Throws an IOException that says why when the output cannot take the target's place. */
-    void checkTarget(List<PlannedStill> all) throws IOException {
-        checkTarget();
-        for (PlannedStill planned : all) checkKept("photograph", planned.mPhoto);
-    }
-
-    /** The target's place only, whatever else is to be kept. */
+    /** Throws an IOException that says why when the output cannot take the target's place, whatever is to be kept. */
     void checkTarget() throws IOException {
         if (Files.isDirectory(mTarget)) throw new IOException("the output " + mTarget + " is a directory");
         Path folder = mTarget.toAbsolutePath().getParent();

@@ -52,7 +52,7 @@ public final class Quill implements Runnable {
     // One line, not the whole help: what is wrong stays visible.
     private static int reportWrongUsage(ParameterException e, String[] arguments) {
         CommandLine command = e.getCommandLine();
-        command.getErr().println("quill: " + e.getMessage());
+        command.getErr().println(FailureText.line("quill: " + e.getMessage()));
         command.getErr().println("'" + command.getCommandSpec().qualifiedName() + " --help' lists what can be given.");
         return kWrongUsage;
     }

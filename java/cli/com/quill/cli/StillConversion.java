@@ -13,6 +13,8 @@ final class StillConversion {
     /** Take the rotation from the photograph. */
     static final int kAutomaticRotation = -1;
 
+    private static final int kBits = 8;  // of a sample in every format but P010
+
     private final ColorFormat mFormat;  // null: by the picture
     private final int mQuality;
     private final int mRotation;
@@ -40,17 +42,24 @@ final class StillConversion {
 
         /** Throws when {@code file} is not what was to be written. */
         void check(Path file) throws IOException;
+
+        /** What follows the still. */
+        long appendedBytes();
     }
 
     /** A photograph as the library takes it. */
     static final class Frame {
+        final Path mPhoto;
         final FrameLayout mLayout;
         final byte[] mPixels;
         final byte[] mExif;  // null for none
         final int mRotation;
         final Losses mLosses;
+        final long mNanos;  // that it took
 
-        Frame(FrameLayout layout, byte[] pixels, byte[] exif, int rotation, Losses losses) {
+        Frame(Path photo, FrameLayout layout, byte[] pixels, byte[] exif, int rotation, Losses losses, long nanos) {
+            mPhoto = photo;
+            mNanos = nanos;
             mLayout = layout;
             mPixels = pixels;
             mExif = exif;
@@ -69,6 +78,11 @@ final class StillConversion {
         public void check(Path file) throws IOException {
             HeifFileCheck.check(file);
         }
+
+        @Override
+        public long appendedBytes() {
+            return 0;
+        }
     }
 
     /**
@@ -83,22 +97,22 @@ final class StillConversion {
     }
 
     /** Writes a still to {@code target}, or leaves that as it was and throws an IOException that says why. */
-    Result run(Path photo, Path target) throws IOException {
-        return run(photo, target, new StillContent());
+    Result write(Frame frame, Path target) throws IOException {
+        return write(frame, target, new StillContent());
     }
 
     /** As above, for a still and what goes with it. */
-    Result run(Path photo, Path target, Content content) throws IOException {
+    Result write(Frame frame, Path target, Content content) throws IOException {
         long start = System.nanoTime();
-        Frame frame = load(photo);
         try (AtomicOutput output = new AtomicOutput(target)) {
             write(frame, content, output);
         }
-        return new Result(frame.mLayout, Files.size(target), System.nanoTime() - start, frame.mLosses);
+        return new Result(frame.mLayout, Files.size(target), frame.mNanos + System.nanoTime() - start, frame.mLosses);
     }
 
-    // Its own method, so that the decoded image is gone before the library takes its copy of the frame.
-    private Frame load(Path file) throws IOException {
+    /** Decodes a photograph. An IOException says why it cannot be. */
+    Frame load(Path file) throws IOException {
+        long start = System.nanoTime();
         Photograph photo = Photograph.read(file);
         Orientation orientation = mRotation == kAutomaticRotation
                 ? Orientation.ofTiff(ExifBlock.orientation(photo.exif()))
@@ -106,10 +120,21 @@ final class StillConversion {
         // The container turns the picture now; a reader that heeds both would turn it twice.
         ExifBlock.setUpright(photo.exif());
         FrameLayout layout = layoutOf(photo.pixels());
+        compareDepths(photo, layout.format());
         byte[] pixels = new byte[Math.toIntExact(layout.frameBytes())];
         photo.pixels().fill(layout, pixels, photo.losses());
         if (orientation.mMirrored) Plane.of(layout).forEach(plane -> plane.mirror(pixels));
-        return new Frame(layout, pixels, photo.exif(), orientation.mRotation, photo.losses());
+        return new Frame(file, layout, pixels, photo.exif(), orientation.mRotation, photo.losses(),
+                System.nanoTime() - start);
+    }
+
+    private static void compareDepths(Photograph photo, ColorFormat format) {
+        boolean deep = photo.pixels().bits() > kBits;
+        if (deep && format != ColorFormat.P010) {
+            photo.losses().add("bits beyond " + kBits + " a sample (--format p010 keeps ten)");
+        } else if (!deep && format == ColorFormat.P010) {
+            photo.losses().note("its samples have " + kBits + " bits, ten hold no more of them");
+        }
     }
 
     private FrameLayout layoutOf(Pixels pixels) throws IOException {
@@ -138,9 +163,10 @@ final class StillConversion {
         try (QuillHeifWriter writer = new QuillHeifWriter(frame.mLayout, mQuality, frame.mRotation)) {
             content.write(writer, frame, output);
             encoded = true;
-            output.publish(content::check);
+            output.publish(content::check, frame.mPhoto);
         } catch (IOException e) {
-            String full = output.whyFull();
+            // No still is larger than its frame.
+            String full = output.whyFull(frame.mPixels.length + content.appendedBytes());
             if (full != null) throw new IOException("the output cannot be written: " + full, e);
             if (encoded) throw e;
             throw new IOException(whyNotEncoded(frame.mLayout, (System.nanoTime() - start) / 1e9 >= waits), e);

@@ -2,6 +2,8 @@ package com.quill.cli;
 
 import java.io.PrintWriter;
 import java.nio.file.Path;
+import java.util.ArrayList;
+import java.util.List;
 import java.util.Locale;
 
 /** What the user sees while stills are written: a line each, and over many a progress bar on a terminal. */
@@ -13,6 +15,7 @@ final class StillReport {
     private final PrintWriter mErr;
     private final int mTotal;
     private final boolean mShowsBar;
+    private final List<String> mFailures = new ArrayList<>();
     private int mDone;
 
     StillReport(PrintWriter out, PrintWriter err, int total, boolean terminal) {
@@ -30,20 +33,36 @@ final class StillReport {
     /** With a remark at the end of the line. */
     void written(PlannedStill still, StillConversion.Result result, String remark) {
         clearBar();
-        mOut.println(String.format(Locale.ROOT, "%s -> %s  %dx%d  %s  %s  %.1f s%s", still.mPhoto, still.mTarget,
+        mOut.println(FailureText.line(String.format(Locale.ROOT, "%s -> %s  %dx%d  %s  %s  %.1f s%s", still.mPhoto, still.mTarget,
                 result.mLayout.width(), result.mLayout.height(), StillConversion.nameOf(result.mLayout.format()),
-                sizeText(result.mBytes), result.mNanos / 1e9, remark));
+                sizeText(result.mBytes), result.mNanos / 1e9, remark)));
         mOut.flush();
-        if (!result.mLosses.isEmpty()) mErr.println("quill: " + still.mPhoto + ": not kept: " + result.mLosses);
-        mErr.flush();
+        String losses = result.mLosses.toString();
+        if (!losses.isEmpty()) say(FailureText.line(still.mPhoto + ": " + losses));
         step();
     }
 
     void failed(Path photo, String why) {
         clearBar();
-        mErr.println("quill: " + photo + ": " + why);
-        mErr.flush();
+        String line = FailureText.line(photo + ": " + why);
+        mFailures.add(line);
+        say(line);
         step();
+    }
+
+    /** After many: what has failed, once more and in one place. */
+    void summarize(int skipped) {
+        if (skipped > 0) mOut.println(skipped + " skipped: their stills are there");
+        mOut.flush();
+        if (mTotal < 2 || mFailures.isEmpty()) return;
+        say(mFailures.size() + " of " + mTotal + " not written:");
+        for (String failure : mFailures) mErr.println("  " + failure);
+        mErr.flush();
+    }
+
+    private void say(String line) {
+        mErr.println("quill: " + line);
+        mErr.flush();
     }
 
     private void step() {

@@ -114,7 +114,6 @@ class InspectCommandTest extends CommandFixture {
         assertEquals(1, run(mFolder));
         assertEquals(1, run(mFolder.resolve("missing")));
         assertEquals(2, run());
-        assertEquals(2, run(text, text));
         assertEquals(2, run(text, "--yaml"));
         assertEquals("", mOut.toString());
     }

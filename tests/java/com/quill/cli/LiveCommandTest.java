@@ -148,6 +148,7 @@ class LiveCommandTest extends CommandFixture {
         assertFails(2, "quality 101", mPhoto, "--video", kClip, "-q", 101);
         assertFails(1, "the gain map", mPhoto, "--video", kClip, "--gainmap", in("none"));
         assertFails(1, "the extender", mPhoto, "--video", kClip, "--extender", mFolder);
+        assertFails(1, "is empty", mPhoto, "--video", kClip, "--gainmap", write("none.jpg", ""));
         assertFails(1, "is no XMP packet", mPhoto, "--video", kClip, "--xmp", write("text", "text"));
         assertFails(1, "not in UTF-8", mPhoto, "--video", kClip, "--xmp", write("latin", "<x:xmpmeta \u00e9>"));
         assertFails(1, "overwrite the photograph", mPhoto, "--video", kClip, "-o", mPhoto);

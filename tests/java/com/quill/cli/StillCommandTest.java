@@ -47,7 +47,8 @@ class StillCommandTest extends CommandFixture {
         assertFiles("photo.jpg", "photo.heic");
         String line = mPhoto + " -> " + in("photo.heic") + "  160x96  " + format;
         assertTrue(mOut.toString().startsWith(line), mOut.toString());
-        assertEquals("", mErr.toString());
+        assertEquals(Files.getLastModifiedTime(mPhoto), Files.getLastModifiedTime(in("photo.heic")));
+        assertEquals(format.equals("p010"), mErr.toString().contains("its samples have 8 bits"), mErr::toString);
     }
 
     @Test
@@ -86,7 +87,8 @@ class StillCommandTest extends CommandFixture {
     @Test
     void still_GoesOnAfterAFailureAndMakesTheFolder() throws IOException {
         assertEquals(1, run(in("missing.jpg"), mPhoto, "-d", in("new/folder")));
-        assertEquals("quill: " + in("missing.jpg") + ": there is no such file\n", mErr.toString());
+        String failure = in("missing.jpg") + ": there is no such file\n";
+        assertEquals("quill: " + failure + "quill: 1 of 2 not written:\n  " + failure, mErr.toString());
         assertTrue(Files.exists(in("new/folder/photo.heic")));
     }
 
@@ -122,7 +124,9 @@ class StillCommandTest extends CommandFixture {
         assertFails(2, "-o names one file", mPhoto, in("photo.png"), "-o", in("out.heic"));
         assertFails(2, "exclude each other", mPhoto, "-o", in("out.heic"), "-d", mFolder);
         assertFails(2, "would both become", mPhoto, in("photo.png"));
-        assertFails(2, "PHOTO");
+        assertFails(2, "no PHOTO is given");
+        assertFails(2, "is named twice", mPhoto, mPhoto);
+        assertFails(2, "needs a file", mPhoto, "-o", "-");
         assertFiles("photo.jpg", "photo.png");
     }
 }

@@ -45,9 +45,10 @@ class StillProcessTest {
 
     @Test
     void still_FullDiskIsReportedAndLeavesNothing() throws Exception {
-        Path photo = Pictures.writeJpeg(mFolder.resolve("photo.jpg"), 640, 480);
-        // A limit of one block for a file stands for a full disk; the JVM's own file of counters would not fit either.
-        Process process = start("ulimit -f 1; export JAVA_TOOL_OPTIONS=-XX:-UsePerfData; ", photo.toString());
+        Path photo = Pictures.writeJpeg(mFolder.resolve("photo.jpg"), 1600, 1200);
+        // A limit for files stands for a full disk, with room for less than the still. The JVM's own file of counters
+        // would not fit either.
+        Process process = start("ulimit -f 20; export JAVA_TOOL_OPTIONS=-XX:-UsePerfData; ", photo.toString());
         String output = output(process);
         assertEquals(1, process.waitFor(), output);
         assertTrue(output.contains("photo.jpg: the output cannot be written: File too large"), output);
