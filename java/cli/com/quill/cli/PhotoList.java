@@ -1,9 +1,9 @@
 package com.quill.cli;
 
+import com.quill.inspect.FileNames;
 import java.io.IOException;
 import java.io.InputStream;
 import java.io.UncheckedIOException;
-import java.nio.charset.Charset;
 import java.nio.file.Files;
 import java.nio.file.Path;
 import java.nio.file.attribute.BasicFileAttributes;
@@ -17,8 +17,6 @@ import java.util.stream.Stream;
 /** The photographs of one run, in order: files by name, names in a list, and what is in folders. */
 final class PhotoList {
     private static final Set<String> kEndings = Set.of("jpg", "jpeg", "jpe", "png", "tif", "tiff");
-    // What the JVM makes names of, so that a name of any bytes is found.
-    private static final Charset kNames = Charset.forName(System.getProperty("sun.jnu.encoding"));
 
     /** A photograph, and its place below the output folder: its name, within the folder it was found in. */
     record Entry(Path photo, Path place) {}
@@ -46,7 +44,7 @@ final class PhotoList {
     /** Adds what a file lists, a name a line; "-" is the standard input. */
     void addListed(Path list) throws IOException {
         try (InputStream stream = list.toString().equals("-") ? System.in : Files.newInputStream(list)) {
-            for (String name : new String(stream.readAllBytes(), kNames).split("\r?\n")) {
+            for (String name : new String(stream.readAllBytes(), FileNames.kCharset).split("\r?\n")) {
                 if (!name.isEmpty()) add(Path.of(name));
             }
         }
