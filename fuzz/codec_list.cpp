@@ -82,10 +82,7 @@ class GeneratedList : public BnMediaCodecList {
   public:
     explicit GeneratedList(const std::vector<CodecEntry>& codecs) : mCodecs(codecs) {}
 
-    size_t countCodecs() const override { return mCodecs.size(); }
     sp<MediaCodecInfo> getCodecInfo(size_t index) const override { return new MediaCodecInfo(mCodecs.at(index)); }
-    const sp<AMessage> getGlobalSettings() const override { return nullptr; }
-    ssize_t findCodecByName(const char*) const override { return NAME_NOT_FOUND; }
     ssize_t findCodecByType(const char* type, bool encoder, size_t start) const override {
         require(encoder, "encoders alone are asked for");
         for (size_t i = start; i < mCodecs.size(); ++i) {

@@ -10,18 +10,17 @@
 
 namespace quill::host {
 
-/** The numbered buffers of one port of a codec, and who holds each. Not thread-safe. */
+/** The numbered buffers of one port of a codec and their owners. Not thread-safe. */
 class BufferSlots {
   public:
     enum class Owner { kFree, kClient, kCodec };
 
-    /** All free and without memory. */
+    /** Makes `count` free slots without memory. */
     void reset(size_t count);
-    size_t size() const { return mSlots.size(); }
 
-    /** A free slot: in what order they come says nothing, as with a device's codec. */
+    /** A free slot. They come in no order that a client could rely on. */
     std::optional<size_t> anyFree() const;
-    /** OK when the client holds `index`; -ERANGE when there is no such slot, else -EACCES. */
+    /** OK if the client holds `index`; -ERANGE if there is no such slot, else -EACCES. */
     android::status_t checkClientHolds(size_t index) const;
     bool clientHolds(size_t index) const { return checkClientHolds(index) == android::OK; }
 

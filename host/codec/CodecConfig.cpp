@@ -19,7 +19,7 @@ using android::status_t;
 
 namespace {
 
-/** Beyond this no HEVC level goes, and every product of sizes still fits 32 bits. */
+/** No HEVC level allows more, and every product of two sizes fits 32 bits. */
 constexpr int32_t kMaxSide = 16384;
 constexpr int32_t kMaxGridSide = 256;  // ISO/IEC 23008-12 counts rows and columns in a byte
 
@@ -38,7 +38,7 @@ constexpr LayoutRow kLayouts[] = {
         {kVendorP010, SampleLayout::kP010},
 };
 
-// What the output format repeats of the configured one.
+// The keys that the output format shares with the configured one.
 constexpr const char* kSharedKeys[] = {
         KEY_MIME,         KEY_WIDTH,      KEY_HEIGHT,         KEY_TILE_WIDTH,  KEY_TILE_HEIGHT,    KEY_GRID_ROWS,
         KEY_GRID_COLUMNS, KEY_FRAME_RATE, KEY_COLOR_STANDARD, KEY_COLOR_RANGE, KEY_COLOR_TRANSFER,
@@ -85,7 +85,7 @@ status_t parseSamples(const sp<AMessage>& format, CodecConfig* config) {
 status_t parseRate(const sp<AMessage>& format, CodecConfig* config) {
     const int32_t mode = intOr(format, KEY_BITRATE_MODE, BITRATE_MODE_VBR);
     config->bitrate = intOr(format, KEY_BIT_RATE, 0);
-    // A client that names no bitrate gets a quality, as one that names no quality gets the usual one.
+    // Without a bitrate the encoder codes at constant quality, whatever the mode.
     config->constantQuality = mode == BITRATE_MODE_CQ || config->bitrate == 0;
     config->quality = intOr(format, KEY_QUALITY, kDefaultQuality);
     if (!isBetween(0, config->quality, 100)) return refuse(KEY_QUALITY, config->quality);
@@ -107,12 +107,6 @@ status_t parseCodecConfig(const sp<AMessage>& format, CodecConfig* config) {
     if (err == OK) err = parseRate(format, &parsed);
     if (err == OK) *config = parsed;
     return err;
-}
-
-std::vector<int32_t> supportedColorFormats() {
-    std::vector<int32_t> formats{COLOR_FormatSurface};
-    for (const LayoutRow& row : kLayouts) formats.push_back(row.colorFormat);
-    return formats;
 }
 
 sp<AMessage> outputFormatOf(const sp<AMessage>& configured) {

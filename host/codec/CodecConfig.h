@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <vector>
 
 #include <media/stagefright/foundation/AMessage.h>
 #include <utils/Errors.h>
@@ -12,14 +11,14 @@
 
 namespace quill::host {
 
-/** What a client asked of an encoder, checked. */
+/** The checked configuration of an encoder. */
 struct CodecConfig {
     int32_t width = 0;  ///< of one coded picture
     int32_t height = 0;
     int32_t gridRows = 1;
     int32_t gridCols = 1;
-    std::optional<SampleLayout> layout;  ///< of input buffers; nothing for surface input
-    std::optional<int> bitDepth;         ///< when the profile says it
+    std::optional<SampleLayout> layout;  ///< of input buffers; none for surface input
+    std::optional<int> bitDepth;         ///< if the profile determines it
     ColorAspects aspects;
     bool constantQuality = true;
     int32_t quality = 0;  ///< 0-100
@@ -31,19 +30,16 @@ struct CodecConfig {
     /** Pitch and slice height of input buffers, in samples. */
     int stride() const { return alignedToTile(width); }
     int sliceHeight() const { return alignedToTile(height); }
-    /** The picture of an input buffer whose data begin at `data`. For byte-buffer input. */
+    /** The picture in an input buffer whose data begins at `data`. For byte-buffer input. */
     SourcePicture describe(const uint8_t* data) const {
         return {*layout, data, width, height, stride(), sliceHeight()};
     }
 };
 
-/** BAD_VALUE, with an error in the log, for a format that the encoder cannot take. */
+/** BAD_VALUE, with an error in the log, for a format that the encoder does not support. */
 android::status_t parseCodecConfig(const android::sp<android::AMessage>& format, CodecConfig* config);
 
-/** Values of "color-format" that `parseCodecConfig` takes, surface input included. */
-std::vector<int32_t> supportedColorFormats();
-
-/** Copies the keys that an output format shares with the configured one: sizes, grid, colours. */
+/** A copy of the keys that the output format shares with the configured one: sizes, grid, colours. */
 android::sp<android::AMessage> outputFormatOf(const android::sp<android::AMessage>& configured);
 
 }  // namespace quill::host

@@ -119,15 +119,6 @@ bool readCodecs(const XMLElement& list, int32_t commonFlags, DeviceCodecs* devic
     return true;
 }
 
-void readSettings(const XMLElement& settings, DeviceCodecs* device) {
-    for (const XMLElement* child = settings.FirstChildElement("Setting"); child != nullptr;
-         child = child->NextSiblingElement("Setting")) {
-        const char* const name = child->Attribute("name");
-        const char* const value = child->Attribute("value");
-        if (name != nullptr && value != nullptr) device->settings.emplace_back(name, value);
-    }
-}
-
 bool readDocument(const tinyxml2::XMLDocument& document, DeviceCodecs* device) {
     const XMLElement* const root = document.FirstChildElement("MediaCodecs");
     if (root == nullptr) {
@@ -136,7 +127,6 @@ bool readDocument(const tinyxml2::XMLDocument& document, DeviceCodecs* device) {
     }
     for (const XMLElement* child = root->FirstChildElement(); child != nullptr; child = child->NextSiblingElement()) {
         const std::string tag = child->Name();
-        if (tag == "Settings") readSettings(*child, device);
         if (tag == "Encoders" && !readCodecs(*child, MediaCodecInfo::kFlagIsEncoder, device)) return false;
         if (tag == "Decoders" && !readCodecs(*child, 0, device)) return false;
     }

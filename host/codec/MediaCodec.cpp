@@ -40,7 +40,7 @@ ssize_t findByName(const DeviceCodecs& device, const AString& name) {
 bool isStatus(const std::optional<Fault>& fault) { return fault && fault->kind == Fault::Kind::kStatus; }
 bool isNothing(const std::optional<Fault>& fault) { return fault && fault->kind == Fault::Kind::kNothing; }
 
-/** What a faulty device hands out in place of `buffer`. */
+/** The buffer that a faulty device hands out in place of `buffer`. */
 sp<MediaCodecBuffer> spoilt(const sp<MediaCodecBuffer>& buffer, const Fault& fault) {
     sp<ABuffer> memory;
     if (fault.kind == Fault::Kind::kNullBuffer) {
@@ -51,7 +51,7 @@ sp<MediaCodecBuffer> spoilt(const sp<MediaCodecBuffer>& buffer, const Fault& fau
     return new MediaCodecBuffer(buffer->format(), memory);
 }
 
-/** Acts out what `fault` does to a buffer that the codec is about to hand out. */
+/** Applies `fault` to a buffer that the codec is about to hand out. */
 status_t actOut(const std::optional<Fault>& fault, status_t err, sp<MediaCodecBuffer>* buffer) {
     if (err == OK && fault) *buffer = isNothing(fault) ? nullptr : spoilt(*buffer, *fault);
     return err;
@@ -79,7 +79,7 @@ sp<MediaCodec> MediaCodec::CreateByComponentName(const sp<ALooper>&, const AStri
     return create(findByName(*device, name), err);
 }
 
-/** The codec at `listIndex` of the device's list, or none when that is a negative status. */
+/** The codec at `listIndex` of the device's list; null if that is a negative status. */
 sp<MediaCodec> MediaCodec::create(ssize_t listIndex, status_t* err) {
     if (listIndex < 0) return refuse(static_cast<status_t>(listIndex), err);
     if (err != nullptr) *err = OK;
@@ -90,10 +90,10 @@ sp<MediaCodec> MediaCodec::create(ssize_t listIndex, status_t* err) {
 
 MediaCodec::MediaCodec(std::shared_ptr<Impl> impl) : mImpl(std::move(impl)) {}
 
-// A frame of the input surface may still be under way and hold the other half: it is shut down here.
+// A frame callback may still hold the implementation, so it is shut down here and not by its destructor.
 MediaCodec::~MediaCodec() { mImpl->shutDown(Impl::State::kReleased); }
 
-// Nothing is ever posted: every call is answered where it is made.
+// No message is ever posted here: every call is synchronous.
 void MediaCodec::onMessageReceived(const sp<AMessage>&) {}
 
 status_t MediaCodec::configure(const sp<AMessage>& format, const sp<Surface>& nativeWindow, const sp<ICrypto>& crypto,
@@ -123,19 +123,9 @@ status_t MediaCodec::stop() {
     return mImpl->shutDown(Impl::State::kUninitialised);
 }
 
-status_t MediaCodec::reset() {
-    if (const auto fault = faultAt("MediaCodec::reset")) return *fault;
-    return mImpl->shutDown(Impl::State::kUninitialised);
-}
-
 status_t MediaCodec::release() {
     if (const auto fault = faultAt("MediaCodec::release")) return *fault;
     return mImpl->shutDown(Impl::State::kReleased);
-}
-
-status_t MediaCodec::flush() {
-    if (const auto fault = faultAt("MediaCodec::flush")) return *fault;
-    return mImpl->flush();
 }
 
 status_t MediaCodec::queueInputBuffer(size_t index, size_t offset, size_t size, int64_t presentationTimeUs,
@@ -176,40 +166,12 @@ status_t MediaCodec::releaseOutputBuffer(size_t index) {
     return mImpl->releaseOutput(index);
 }
 
-status_t MediaCodec::signalEndOfInputStream() {
-    if (const auto fault = faultAt("MediaCodec::signalEndOfInputStream")) return *fault;
-    return mImpl->signalEndOfStream();
-}
-
 status_t MediaCodec::getOutputFormat(sp<AMessage>* format) const {
     const std::optional<Fault> fault = Faults::instance().at("MediaCodec::getOutputFormat");
     if (isStatus(fault)) return fault->status;
-    const status_t err = mImpl->format(Impl::Port::kOutput, format);
+    const status_t err = mImpl->outputFormat(format);
     if (isNothing(fault)) *format = nullptr;
     return err;
-}
-
-status_t MediaCodec::getInputFormat(sp<AMessage>* format) const {
-    if (const auto fault = faultAt("MediaCodec::getInputFormat")) return *fault;
-    return mImpl->format(Impl::Port::kInput, format);
-}
-
-status_t MediaCodec::getOutputFormat(size_t index, sp<AMessage>* format) {
-    if (const auto fault = faultAt("MediaCodec::getOutputFormat")) return *fault;
-    sp<MediaCodecBuffer> buffer;
-    const status_t err = mImpl->buffer(Impl::Port::kOutput, index, &buffer);
-    if (err == OK) *format = buffer->format()->dup();
-    return err;
-}
-
-status_t MediaCodec::getInputBuffers(Vector<sp<MediaCodecBuffer>>* buffers) const {
-    if (const auto fault = faultAt("MediaCodec::getInputBuffers")) return *fault;
-    return mImpl->buffers(Impl::Port::kInput, buffers);
-}
-
-status_t MediaCodec::getOutputBuffers(Vector<sp<MediaCodecBuffer>>* buffers) const {
-    if (const auto fault = faultAt("MediaCodec::getOutputBuffers")) return *fault;
-    return mImpl->buffers(Impl::Port::kOutput, buffers);
 }
 
 status_t MediaCodec::getInputBuffer(size_t index, sp<MediaCodecBuffer>* buffer) {
@@ -228,17 +190,6 @@ status_t MediaCodec::getName(AString* componentName) const {
     if (const auto fault = faultAt("MediaCodec::getName")) return *fault;
     *componentName = mImpl->info()->getCodecName();
     return OK;
-}
-
-status_t MediaCodec::getCodecInfo(sp<MediaCodecInfo>* codecInfo) const {
-    if (const auto fault = faultAt("MediaCodec::getCodecInfo")) return *fault;
-    *codecInfo = mImpl->info();
-    return OK;
-}
-
-status_t MediaCodec::requestIDRFrame() {
-    if (const auto fault = faultAt("MediaCodec::requestIDRFrame")) return *fault;
-    return mImpl->isStarted() ? OK : INVALID_OPERATION;
 }
 
 }  // namespace android

@@ -6,18 +6,21 @@
 namespace android {
 
 MediaCodecBuffer::MediaCodecBuffer(const sp<AMessage>& format, const sp<ABuffer>& buffer)
-        : mFormat(format), mBuffer(buffer) {}
+        : mFormat(format), mBuffer(buffer), mSize(buffer->capacity()) {}
 
 uint8_t* MediaCodecBuffer::base() { return mBuffer->base(); }
-uint8_t* MediaCodecBuffer::data() { return mBuffer->data(); }
+uint8_t* MediaCodecBuffer::data() { return mBuffer->base() + mOffset; }
 size_t MediaCodecBuffer::capacity() const { return mBuffer->capacity(); }
-size_t MediaCodecBuffer::size() const { return mBuffer->size(); }
-size_t MediaCodecBuffer::offset() const { return mBuffer->offset(); }
+size_t MediaCodecBuffer::size() const { return mSize; }
+size_t MediaCodecBuffer::offset() const { return mOffset; }
 
-status_t MediaCodecBuffer::setRange(size_t offset, size_t size) { return mBuffer->setRangeWithStatus(offset, size); }
+status_t MediaCodecBuffer::setRange(size_t offset, size_t size) {
+    if (offset > capacity() || size > capacity() - offset) return BAD_VALUE;
+    mOffset = offset;
+    mSize = size;
+    return OK;
+}
 
-sp<AMessage> MediaCodecBuffer::meta() { return mBuffer->meta(); }
 sp<AMessage> MediaCodecBuffer::format() { return mFormat; }
-void MediaCodecBuffer::setFormat(const sp<AMessage>& format) { mFormat = format; }
 
 }  // namespace android

@@ -32,12 +32,12 @@ constexpr int kSurfaceBuffers = 8;
 
 constexpr char kCodecSpecificData[] = "csd-0";
 
-/** Enough for every core to find the next picture ready. */
+/** Enough that no core waits for the next picture. */
 size_t inputCount() {
     return std::clamp(static_cast<size_t>(std::thread::hardware_concurrency()) + 2, kMinInputs, kMaxInputs);
 }
 
-/** Nobody stays in a call on a codec that is being shut down. */
+/** Lets stalled calls on a codec go on when it is shut down. */
 void releaseStalledCalls() {
     for (const char* const prefix : {"MediaCodec::", "ANativeWindow"})
         quill::host::Faults::instance().releaseNow(prefix);
@@ -77,7 +77,7 @@ status_t MediaCodec::Impl::start() {
     return OK;
 }
 
-/** Empty buffers, an idle pool, and whatever the surface has waiting. */
+/** Empty buffers and an idle pool; then takes the frames that wait on the surface. */
 void MediaCodec::Impl::resetStream() {
     mInputs.reset(mConfig.layout ? inputCount() : 0);
     mOutputs.reset(kOutputs);
@@ -92,7 +92,7 @@ status_t MediaCodec::Impl::shutDown(State target) {
     sp<quill::host::BufferQueue> surface;
     {
         Guard guard(mLock);
-        mNews.wait(guard, [this] { return mState != State::kStopping; });  // somebody else's stop or flush
+        mNews.wait(guard, [this] { return mState != State::kStopping; });  // a stop on another thread
         if (mState == State::kReleased) return target == State::kReleased ? OK : INVALID_OPERATION;
         mState = State::kStopping;
         pool.swap(mPool);
@@ -109,24 +109,6 @@ status_t MediaCodec::Impl::shutDown(State target) {
         mOutputs.reset(0);
         mNextOutput.reset();
         mState = target;
-    }
-    mNews.notify_all();
-    return OK;
-}
-
-status_t MediaCodec::Impl::flush() {
-    std::unique_ptr<EncodePool> pool;
-    {
-        const Guard guard(mLock);
-        if (mState != State::kStarted) return INVALID_OPERATION;
-        mState = State::kStopping;
-        pool.swap(mPool);
-    }
-    pool.reset();
-    {
-        const Guard guard(mLock);
-        mState = State::kStarted;
-        resetStream();
     }
     mNews.notify_all();
     return OK;
@@ -172,7 +154,7 @@ status_t MediaCodec::Impl::submitInput(size_t index, size_t offset, size_t size,
     const SourcePicture picture = mConfig.describe(buffer->base() + std::min(offset, capacity));
     const size_t needed = quill::host::bytesRead(picture);
     if (offset > capacity || size > capacity - offset || size < needed) {
-        ALOGE("An input picture takes %zu bytes, not %zu at %zu of %zu", needed, size, offset, capacity);
+        ALOGE("An input picture takes %zu bytes, not %zu at offset %zu of %zu", needed, size, offset, capacity);
         return BAD_VALUE;
     }
     mInputs.give(index, Owner::kCodec);
@@ -191,7 +173,7 @@ void MediaCodec::Impl::submitEndOfStream(int64_t timeUs) {
     mNews.notify_all();
 }
 
-/** On a worker's thread: the picture is read, and its memory free for the next one while this one is coded. */
+/** On a worker's thread: the picture has been read, so its memory is free for the next one. */
 void MediaCodec::Impl::returnInput(size_t index) {
     {
         const Guard guard(mLock);
@@ -207,8 +189,8 @@ void MediaCodec::Impl::onFrame() {
 }
 
 void MediaCodec::Impl::acquireFrames() {
-    IGraphicBufferProducer::QueueBufferInput frame;
-    while (const sp<GraphicBuffer> buffer = mSurface->acquire(&frame)) submitFrame(buffer, frame.timestamp / 1000);
+    int64_t timeUs = 0;
+    while (const sp<GraphicBuffer> buffer = mSurface->acquire(&timeUs)) submitFrame(buffer, timeUs);
 }
 
 void MediaCodec::Impl::submitFrame(const sp<GraphicBuffer>& frame, int64_t timeUs) {
@@ -225,14 +207,7 @@ void MediaCodec::Impl::submitFrame(const sp<GraphicBuffer>& frame, int64_t timeU
     mPool->submit(std::move(job));
 }
 
-status_t MediaCodec::Impl::signalEndOfStream() {
-    const Guard guard(mLock);
-    if (mState != State::kStarted || mSurface == nullptr) return INVALID_OPERATION;
-    submitEndOfStream(Clock::instance().nowUs());
-    return OK;
-}
-
-/** Wakes those who wait; the lock in between lets none of them miss it. */
+/** Wakes the waiters. Taking the lock first keeps a waiter that is about to wait from missing it. */
 void MediaCodec::Impl::onProgress() {
     { const Guard guard(mLock); }
     mNews.notify_all();
@@ -247,7 +222,7 @@ status_t MediaCodec::Impl::dequeueOutput(Output* output, int64_t timeoutUs) {
     return mFailed ? UNKNOWN_ERROR : takeOutput(output);
 }
 
-/** True when `takeOutput` has something to give, and a free buffer to put it in if it needs one. */
+/** True if `takeOutput` has output, and a free buffer if the output needs one. */
 bool MediaCodec::Impl::hasOutput() {
     if (!mNextOutput && !mFailed) {
         CodedPicture picture;
@@ -280,7 +255,7 @@ status_t MediaCodec::Impl::takeOutput(Output* output) {
     return err;
 }
 
-/** Only now, with a picture coded, is the engine open and its parameter sets known. */
+/** Called once a picture is coded: before that, the parameter sets are not known. */
 status_t MediaCodec::Impl::announceFormat() {
     mParameterSets = mPool->parameterSets();
     const sp<ABuffer> copy = ABuffer::CreateAsCopy(mParameterSets.data(), mParameterSets.size());
@@ -319,18 +294,10 @@ status_t MediaCodec::Impl::buffer(Port port, size_t index, sp<MediaCodecBuffer>*
     return OK;
 }
 
-status_t MediaCodec::Impl::buffers(Port port, Vector<sp<MediaCodecBuffer>>* buffers) const {
-    const Guard guard(mLock);
-    if (mState != State::kStarted) return INVALID_OPERATION;
-    buffers->clear();
-    for (size_t i = 0; i < slots(port).size(); ++i) buffers->push_back(slots(port).buffer(i));
-    return OK;
-}
-
-status_t MediaCodec::Impl::format(Port port, sp<AMessage>* format) const {
+status_t MediaCodec::Impl::outputFormat(sp<AMessage>* format) const {
     const Guard guard(mLock);
     if (mState != State::kConfigured && mState != State::kStarted) return INVALID_OPERATION;
-    *format = (port == Port::kInput ? mInputFormat : mOutputFormat)->dup();
+    *format = mOutputFormat->dup();
     return OK;
 }
 

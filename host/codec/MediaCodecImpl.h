@@ -17,12 +17,12 @@
 
 namespace android {
 
-/** The states, buffers and threads behind one MediaCodec. Thread-safe; kept alive by its input surface's frames too. */
+/** The states, buffers and threads of a MediaCodec. Thread-safe. Frame callbacks of the input surface share it. */
 struct MediaCodec::Impl : public std::enable_shared_from_this<MediaCodec::Impl> {
     enum class State { kUninitialised, kConfigured, kStarted, kStopping, kReleased };
     enum class Port { kInput, kOutput };
 
-    /** Where a coded buffer lies, as `dequeueOutputBuffer` says it. */
+    /** A coded buffer, as `dequeueOutputBuffer` describes it. */
     struct Output {
         size_t index = 0;
         size_t size = 0;
@@ -38,18 +38,15 @@ struct MediaCodec::Impl : public std::enable_shared_from_this<MediaCodec::Impl> 
     status_t start();
     /** Leaves every state but kReleased for `target`. */
     status_t shutDown(State target);
-    status_t flush();
 
     status_t dequeueInput(size_t* index, int64_t timeoutUs);
-    /** `swallowed`: takes the picture and never codes it. */
+    /** `swallowed`: takes the picture but never codes it. */
     status_t queueInput(size_t index, size_t offset, size_t size, int64_t timeUs, uint32_t flags, bool swallowed);
     status_t dequeueOutput(Output* output, int64_t timeoutUs);
     status_t releaseOutput(size_t index);
-    status_t signalEndOfStream();
 
     status_t buffer(Port port, size_t index, sp<MediaCodecBuffer>* buffer) const;
-    status_t buffers(Port port, Vector<sp<MediaCodecBuffer>>* buffers) const;
-    status_t format(Port port, sp<AMessage>* format) const;
+    status_t outputFormat(sp<AMessage>* format) const;
     bool isStarted() const;
 
     const sp<MediaCodecInfo>& info() const { return mInfo; }
@@ -73,7 +70,7 @@ struct MediaCodec::Impl : public std::enable_shared_from_this<MediaCodec::Impl> 
     status_t announceFormat();
     status_t fillOutput(const std::vector<uint8_t>& bytes, Output* output);
 
-    // Without.
+    // Without mLock.
     void onProgress();
     void onFrame();
     void returnInput(size_t index);

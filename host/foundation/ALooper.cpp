@@ -6,7 +6,6 @@
 
 #include <atomic>
 
-#include "Clock.h"
 #include "Faults.h"
 #include "LooperQueue.h"
 
@@ -29,12 +28,10 @@ ALooper::~ALooper() { mQueue->stop(); }
 
 void ALooper::setName(const char* name) { mName = name; }
 
-const char* ALooper::getName() const { return mName.c_str(); }
-
 ALooper::handler_id ALooper::registerHandler(const sp<AHandler>& handler) {
     if (const auto status = Faults::instance().statusAt("ALooper::registerHandler")) return *status;
     if (handler->id() != 0) {
-        ALOGE("a handler is registered once; this one has id %d", handler->id());
+        ALOGE("The handler is registered already, with id %d", handler->id());
         return INVALID_OPERATION;
     }
     const handler_id id = nextHandlerId();
@@ -50,14 +47,12 @@ void ALooper::unregisterHandler(handler_id handlerID) {
 
 status_t ALooper::start(bool runOnCallingThread, bool /* canCallJava */, int32_t /* priority */) {
     if (const auto status = Faults::instance().statusAt("ALooper::start")) return *status;
-    return runOnCallingThread ? mQueue->runOnCallingThread() : mQueue->startThread(mName.c_str());
+    return runOnCallingThread ? INVALID_OPERATION : mQueue->start(mName.c_str());
 }
 
 status_t ALooper::stop() {
     if (const auto status = Faults::instance().statusAt("ALooper::stop")) return *status;
     return mQueue->stop();
 }
-
-int64_t ALooper::GetNowUs() { return quill::host::Clock::instance().nowUs(); }
 
 }  // namespace android

@@ -15,9 +15,9 @@
 namespace quill::host {
 
 /**
- * What a looper and its thread share: the messages by due time, and the loop that delivers them. It is an object
- * of its own because a handler may drop the last reference to the looper on the looper's very thread.
- * Thread-safe. Messages are released outside the lock: what they hold may call back.
+ * The messages of a looper by due time, and the loop that delivers them; shared by the looper and its thread, because a
+ * handler may drop the last reference to the looper on that very thread. Thread-safe. Messages are released outside the
+ * lock, since destroying what they hold may call back.
  */
 class LooperQueue : public std::enable_shared_from_this<LooperQueue> {
   public:
@@ -25,48 +25,35 @@ class LooperQueue : public std::enable_shared_from_this<LooperQueue> {
 
     ~LooperQueue();
 
-    /** Both return INVALID_OPERATION while the loop runs. */
-    android::status_t startThread(const std::string& name);
-    android::status_t runOnCallingThread();
+    /** INVALID_OPERATION while the loop runs. */
+    android::status_t start(const std::string& threadName);
     /** The contract of `ALooper::stop`. */
     android::status_t stop();
 
-    /** Delivers after `delayUs`; with a `token`, in place of what is queued with the same one. */
-    void post(const Message& message, int64_t delayUs, const android::sp<android::RefBase>& token = nullptr);
-    /** The contracts of `AMessage::postAndAwaitResponse` and `postReply`. */
-    android::status_t request(const Message& message, Message* response);
-    android::status_t reply(const android::sp<android::AReplyToken>& token, const Message& message);
+    void post(const Message& message, int64_t delayUs);
 
     void addHandler(android::ALooper::handler_id id, const android::wp<android::AHandler>& handler);
-    /** Null when there is none of that id, or it is gone. */
+    /** Null if there is none of that id or it is gone. */
     android::sp<android::AHandler> removeHandler(android::ALooper::handler_id id);
 
   private:
     enum class Phase { kIdle, kRunning, kStopping };
-    struct Event {
-        Message message;
-        android::sp<android::RefBase> token;
-    };
     // Equal due times keep the order of insertion.
-    using Events = std::multimap<int64_t, Event>;
+    using Messages = std::multimap<int64_t, Message>;
 
-    void begin(std::thread::id runner);
     void run();
-    void deliver(const Message& message);
-    Event next();
+    Message next();
     int64_t waitUs() const;
-    void add(const Message& message, int64_t delayUs, const android::sp<android::RefBase>& token);
     void joinFinished(std::unique_lock<std::mutex>& lock);
 
     std::mutex mLock;
-    std::condition_variable mWake;     // for the loop: new messages, stop
-    std::condition_variable mChanged;  // for everybody else: replies, the loop's end
+    std::condition_variable mWake;   // for the loop: new messages, stop
+    std::condition_variable mEnded;  // for `stop`: the end of a loop
     Phase mPhase = Phase::kIdle;
     uint64_t mRuns = 0;
     uint64_t mPosts = 0;
     std::thread mThread;
-    std::thread::id mRunner;
-    Events mEvents;
+    Messages mMessages;
     std::map<android::ALooper::handler_id, android::wp<android::AHandler>> mHandlers;
 };
 

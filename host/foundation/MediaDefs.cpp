@@ -5,8 +5,6 @@
 namespace android {
 
 const char* MEDIA_MIMETYPE_IMAGE_ANDROID_HEIC = MIMETYPE_IMAGE_ANDROID_HEIC;
-const char* MEDIA_MIMETYPE_VIDEO_AVC = MIMETYPE_VIDEO_AVC;
 const char* MEDIA_MIMETYPE_VIDEO_HEVC = MIMETYPE_VIDEO_HEVC;
-const char* MEDIA_MIMETYPE_VIDEO_RAW = "video/raw";
 
 }  // namespace android

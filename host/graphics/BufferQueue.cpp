@@ -18,19 +18,16 @@ using android::OK;
 using android::PixelFormat;
 using android::sp;
 using android::status_t;
-using android::TIMED_OUT;
 
 namespace {
 
-/** What a client may ask for at most; the queue's own limit holds besides. */
+/** The most that a client may ask for; the queue's own limit applies as well. */
 constexpr int kMaxDequeuedLimit = 64;
-/** Until the producer says otherwise. */
+/** For a producer that asks for no size or format. */
 constexpr uint32_t kDefaultSide = 1;
 constexpr PixelFormat kDefaultFormat = HAL_PIXEL_FORMAT_RGBA_8888;
-/** The consumer is an encoder, which reads one picture while the next is drawn. */
+/** The consumer is an encoder. */
 constexpr uint64_t kConsumerUsage = GRALLOC_USAGE_HW_VIDEO_ENCODER;
-constexpr int kConsumerKeeps = 1;
-constexpr int64_t kNsPerUs = 1000;
 
 bool isKnownApi(int api) { return api >= NATIVE_WINDOW_API_EGL && api <= NATIVE_WINDOW_API_CAMERA; }
 
@@ -45,17 +42,17 @@ BufferQueue::BufferQueue(int maxBuffers) : mMaxBuffers(static_cast<size_t>(std::
 
 void BufferQueue::setFrameListener(std::function<void()> onFrameQueued) {
     const std::lock_guard<std::mutex> guard(mLock);
-    // Swapped, so that what the old one keeps alive is destroyed by the caller's scope, after the lock.
+    // Swapped: the caller's scope destroys the old one, after the lock is released.
     mOnFrameQueued.swap(onFrameQueued);
 }
 
-sp<GraphicBuffer> BufferQueue::acquire(QueueBufferInput* outInput) {
+sp<GraphicBuffer> BufferQueue::acquire(int64_t* timeUs) {
     const std::lock_guard<std::mutex> guard(mLock);
     if (mFrames.empty()) return nullptr;
     const Frame frame = std::move(mFrames.front());
     mFrames.pop_front();
     find(frame.buffer, Owner::kFrame)->owner = Owner::kConsumer;
-    if (outInput != nullptr) *outInput = frame.input;
+    if (timeUs != nullptr) *timeUs = frame.timeUs;
     return frame.buffer;
 }
 
@@ -63,7 +60,7 @@ void BufferQueue::release(const sp<GraphicBuffer>& buffer) {
     const std::lock_guard<std::mutex> guard(mLock);
     Slot* const slot = find(buffer, Owner::kConsumer);
     if (slot == nullptr) {
-        if (!mAbandoned) ALOGE("release of a buffer that is not acquired");
+        if (!mAbandoned) ALOGE("Released a buffer that is not acquired");
         return;
     }
     slot->owner = Owner::kQueue;
@@ -89,20 +86,6 @@ status_t BufferQueue::setMaxDequeuedBufferCount(int maxDequeuedBuffers) {
     return OK;
 }
 
-status_t BufferQueue::setAsyncMode(bool async) {
-    const std::lock_guard<std::mutex> guard(mLock);
-    if (mAbandoned) return NO_INIT;
-    mAsync = async;
-    return OK;
-}
-
-status_t BufferQueue::setDequeueTimeout(nsecs_t timeout) {
-    const std::lock_guard<std::mutex> guard(mLock);
-    if (mAbandoned) return NO_INIT;
-    mDequeueTimeout = timeout;
-    return OK;
-}
-
 status_t BufferQueue::dequeueBuffer(sp<GraphicBuffer>* outBuffer, uint32_t width, uint32_t height, PixelFormat format,
                                     uint64_t usage) {
     if (outBuffer == nullptr || (width == 0) != (height == 0)) return BAD_VALUE;
@@ -117,11 +100,9 @@ status_t BufferQueue::waitForRoom(std::unique_lock<std::mutex>& guard) {
     if (!isUsable()) return NO_INIT;
     // Waiting would not help: the producer itself has to give one back.
     if (countOf(Owner::kProducer) >= mMaxDequeued) return INVALID_OPERATION;
-    const int64_t timeoutUs = mDequeueTimeout < 0 ? -1 : mDequeueTimeout / kNsPerUs;
-    const bool ready = Clock::instance().waitFor(mRoom, guard, timeoutUs, [this] { return !isUsable() || hasRoom(); });
+    mRoom.wait(guard, [this] { return !isUsable() || hasRoom(); });
     if (!isUsable()) return NO_INIT;
-    if (!ready) return TIMED_OUT;
-    // Another thread of the producer may have taken one meanwhile.
+    // Another thread of the producer may have taken one during the wait.
     return countOf(Owner::kProducer) >= mMaxDequeued ? INVALID_OPERATION : OK;
 }
 
@@ -140,15 +121,13 @@ status_t BufferQueue::takeBuffer(const Geometry& geometry, sp<GraphicBuffer>* ou
     return OK;
 }
 
-status_t BufferQueue::queueBuffer(const sp<GraphicBuffer>& buffer, const QueueBufferInput& input) {
+status_t BufferQueue::queueBuffer(const sp<GraphicBuffer>& buffer) {
     std::unique_lock<std::mutex> guard(mLock);
     if (!isUsable()) return NO_INIT;
     Slot* const slot = find(buffer, Owner::kProducer);
     if (slot == nullptr) return BAD_VALUE;
-    if (mAsync) dropWaitingFrames();
     slot->owner = Owner::kFrame;
-    mFrames.push_back({buffer, input});
-    if (input.isAutoTimestamp) mFrames.back().input.timestamp = Clock::instance().nowUs() * kNsPerUs;
+    mFrames.push_back({buffer, Clock::instance().nowUs()});
     const std::function<void()> onFrameQueued = mOnFrameQueued;
     guard.unlock();
     if (onFrameQueued) onFrameQueued();
@@ -165,29 +144,6 @@ status_t BufferQueue::cancelBuffer(const sp<GraphicBuffer>& buffer) {
     return OK;
 }
 
-int BufferQueue::query(int what, int* value) {
-    if (value == nullptr) return BAD_VALUE;
-    const std::lock_guard<std::mutex> guard(mLock);
-    if (mAbandoned) return NO_INIT;
-    switch (what) {
-        case NATIVE_WINDOW_WIDTH:
-        case NATIVE_WINDOW_HEIGHT:
-            *value = kDefaultSide;
-            return OK;
-        case NATIVE_WINDOW_FORMAT:
-            *value = kDefaultFormat;
-            return OK;
-        case NATIVE_WINDOW_MIN_UNDEQUEUED_BUFFERS:
-            *value = kConsumerKeeps;
-            return OK;
-        case NATIVE_WINDOW_CONSUMER_USAGE_BITS:
-            *value = static_cast<int>(kConsumerUsage);
-            return OK;
-        default:
-            return BAD_VALUE;
-    }
-}
-
 status_t BufferQueue::connect(int api) {
     const std::lock_guard<std::mutex> guard(mLock);
     if (mAbandoned) return NO_INIT;
@@ -196,11 +152,10 @@ status_t BufferQueue::connect(int api) {
     return OK;
 }
 
-status_t BufferQueue::disconnect(int api, DisconnectMode mode) {
+/** Works on an abandoned queue too. */
+status_t BufferQueue::disconnect(int api) {
     const std::lock_guard<std::mutex> guard(mLock);
-    // An abandoned queue can still be left in good order, so that is not looked at.
-    if (mConnectedApi == 0) return BAD_VALUE;
-    if (mode == DisconnectMode::Api && api != mConnectedApi) return BAD_VALUE;
+    if (mConnectedApi == 0 || api != mConnectedApi) return BAD_VALUE;
     mConnectedApi = 0;
     eraseSlotsOf(Owner::kProducer);
     eraseSlotsOf(Owner::kQueue);
@@ -233,12 +188,6 @@ void BufferQueue::eraseSlotsOf(Owner owner) {
     mSlots.erase(
             std::remove_if(mSlots.begin(), mSlots.end(), [owner](const Slot& slot) { return slot.owner == owner; }),
             mSlots.end());
-}
-
-void BufferQueue::dropWaitingFrames() {
-    for (const Frame& frame : mFrames) find(frame.buffer, Owner::kFrame)->owner = Owner::kQueue;
-    mFrames.clear();
-    mRoom.notify_all();
 }
 
 }  // namespace quill::host

@@ -15,35 +15,31 @@ namespace quill::host {
 /** A buffer queue between one producer (a Surface) and one consumer (the codec). Thread-safe. */
 class BufferQueue : public android::IGraphicBufferProducer {
   public:
-    /** At most `maxBuffers` (at least 1) exist: the producer blocks in dequeue while all are queued or held. */
+    /** Has at most `maxBuffers` buffers (at least 1): a dequeue blocks while all are queued or held. */
     explicit BufferQueue(int maxBuffers);
 
     // The consumer's end.
 
     /**
-     * Called outside the lock, on the producer's thread, after each frame became acquirable. A call may still be
-     * running when a new listener has been set or the queue abandoned: the listener keeps alive what it uses.
+     * Called outside the lock, on the producer's thread, after each frame is queued. A call may still be running after
+     * a new listener is set or the queue is abandoned, so the listener must keep what it uses alive.
      */
     void setFrameListener(std::function<void()> onFrameQueued);
-    /** The next queued buffer in order, with what the producer said of it; null when there is none. */
-    android::sp<android::GraphicBuffer> acquire(QueueBufferInput* outInput = nullptr);
+    /** The next queued buffer and the time when it was queued; null if there is none. */
+    android::sp<android::GraphicBuffer> acquire(int64_t* timeUs = nullptr);
     /** Gives an acquired buffer back to the producer. */
     void release(const android::sp<android::GraphicBuffer>& buffer);
-    /** The consumer is gone: producer calls fail with NO_INIT, blocked ones return, waiting frames are dropped. */
+    /** The consumer is gone: producer calls fail with NO_INIT, also those that wait; queued frames are dropped. */
     void abandon();
 
     // The producer's end.
     android::status_t setMaxDequeuedBufferCount(int maxDequeuedBuffers) override;
-    android::status_t setAsyncMode(bool async) override;
-    android::status_t setDequeueTimeout(nsecs_t timeout) override;
     android::status_t dequeueBuffer(android::sp<android::GraphicBuffer>* outBuffer, uint32_t width, uint32_t height,
                                     android::PixelFormat format, uint64_t usage) override;
-    android::status_t queueBuffer(const android::sp<android::GraphicBuffer>& buffer,
-                                  const QueueBufferInput& input) override;
+    android::status_t queueBuffer(const android::sp<android::GraphicBuffer>& buffer) override;
     android::status_t cancelBuffer(const android::sp<android::GraphicBuffer>& buffer) override;
-    int query(int what, int* value) override;
     android::status_t connect(int api) override;
-    android::status_t disconnect(int api, DisconnectMode mode = DisconnectMode::Api) override;
+    android::status_t disconnect(int api) override;
 
   protected:
     ~BufferQueue() override = default;
@@ -51,7 +47,7 @@ class BufferQueue : public android::IGraphicBufferProducer {
   private:
     enum class Owner { kQueue, kProducer, kFrame, kConsumer };
 
-    /** One buffer and who has it; kFrame is queued and waits for the consumer. */
+    /** A buffer and its owner; kFrame means queued and not yet acquired. */
     struct Slot {
         android::sp<android::GraphicBuffer> buffer;
         Owner owner;
@@ -59,7 +55,7 @@ class BufferQueue : public android::IGraphicBufferProducer {
 
     struct Frame {
         android::sp<android::GraphicBuffer> buffer;
-        QueueBufferInput input;
+        int64_t timeUs;
     };
 
     struct Geometry {
@@ -80,18 +76,15 @@ class BufferQueue : public android::IGraphicBufferProducer {
     android::status_t waitForRoom(std::unique_lock<std::mutex>& guard);
     android::status_t takeBuffer(const Geometry& geometry, android::sp<android::GraphicBuffer>* outBuffer);
     void eraseSlotsOf(Owner owner);
-    void dropWaitingFrames();
 
     const size_t mMaxBuffers;
     std::mutex mLock;
-    std::condition_variable mRoom;  // a buffer may be free, or the queue unusable
+    std::condition_variable mRoom;  // a buffer may be free, or the queue is unusable
     std::vector<Slot> mSlots;
     std::deque<Frame> mFrames;
     std::function<void()> mOnFrameQueued;
     int mConnectedApi = 0;
     int mMaxDequeued = 1;
-    nsecs_t mDequeueTimeout = -1;
-    bool mAsync = false;
     bool mAbandoned = false;
 };
 

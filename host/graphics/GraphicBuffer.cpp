@@ -21,7 +21,7 @@ namespace {
 constexpr uint64_t kReadMask = GRALLOC_USAGE_SW_READ_MASK;
 constexpr uint64_t kWriteMask = GRALLOC_USAGE_SW_WRITE_MASK;
 
-/** Levels, not bits: reading rarely is allowed where reading often is. */
+/** Compares levels, not bits: a buffer made for frequent reading may be read rarely. */
 bool allows(uint64_t made, uint64_t wanted) {
     return (wanted & kReadMask) <= (made & kReadMask) && (wanted & kWriteMask) <= (made & kWriteMask);
 }
@@ -38,8 +38,8 @@ GraphicBuffer::GraphicBuffer(uint32_t inWidth, uint32_t inHeight, PixelFormat in
     const std::optional<PixelLayout> layout = layoutOf(inWidth, inHeight, inFormat);
     mInitCheck = layout && inLayerCount == 1 ? allocate(layout->size) : BAD_VALUE;
     if (mInitCheck != OK) {
-        ALOGE("%s: no buffer of %u layer(s) of %ux%u in format 0x%x: %d", requestorName.c_str(), inLayerCount, inWidth,
-              inHeight, static_cast<unsigned>(inFormat), mInitCheck);
+        ALOGE("%s: cannot make a buffer of %u layer(s) of %ux%u in format 0x%x: %d", requestorName.c_str(),
+              inLayerCount, inWidth, inHeight, static_cast<unsigned>(inFormat), mInitCheck);
         return;
     }
     width = static_cast<int>(inWidth);
@@ -70,40 +70,16 @@ ANativeWindowBuffer* GraphicBuffer::getNativeBuffer() const {
 }
 
 status_t GraphicBuffer::lock(uint32_t inUsage, void** vaddr, int32_t* outBytesPerPixel, int32_t* outBytesPerStride) {
-    uint8_t* memory = nullptr;
-    const status_t locked = lockMemory(inUsage, &memory);
-    if (locked != OK) return locked;
-    const PixelLayout layout = *layoutOf(getWidth(), getHeight(), format);
-    if (vaddr != nullptr) *vaddr = memory;
-    if (outBytesPerPixel != nullptr) *outBytesPerPixel = static_cast<int32_t>(layout.bytesPerPixel);
-    if (outBytesPerStride != nullptr) *outBytesPerStride = static_cast<int32_t>(layout.bytesPerStride);
-    return OK;
-}
-
-status_t GraphicBuffer::lockYCbCr(uint32_t inUsage, android_ycbcr* ycbcr) {
-    const std::optional<PixelLayout> layout = layoutOf(getWidth(), getHeight(), format);
-    if (ycbcr == nullptr || (layout && layout->chromaOffset == 0)) return BAD_VALUE;
-    uint8_t* memory = nullptr;
-    const status_t locked = lockMemory(inUsage, &memory);
-    if (locked != OK) return locked;
-    *ycbcr = {};
-    ycbcr->ystride = layout->bytesPerStride;
-    ycbcr->cstride = layout->bytesPerStride;
-    ycbcr->chroma_step = size_t{2} * layout->bytesPerPixel;
-    if (memory == nullptr) return OK;
-    ycbcr->y = memory;
-    ycbcr->cb = memory + layout->chromaOffset;
-    ycbcr->cr = memory + layout->chromaOffset + layout->bytesPerPixel;
-    return OK;
-}
-
-status_t GraphicBuffer::lockMemory(uint32_t inUsage, uint8_t** memory) {
     const std::optional<Fault> fault = Faults::instance().at("GraphicBuffer::lock");
     if (fault && fault->kind == Fault::Kind::kStatus) return fault->status;
     if (mInitCheck != OK) return NO_INIT;
     if (!isSoftwareUsage(inUsage) || !allows(usage, inUsage)) return BAD_VALUE;
     if (mLocked.exchange(true)) return INVALID_OPERATION;
-    *memory = fault && fault->kind == Fault::Kind::kNullBuffer ? nullptr : mMemory.get();
+    const bool hidden = fault && fault->kind == Fault::Kind::kNullBuffer;
+    const PixelLayout layout = *layoutOf(getWidth(), getHeight(), format);
+    if (vaddr != nullptr) *vaddr = hidden ? nullptr : mMemory.get();
+    if (outBytesPerPixel != nullptr) *outBytesPerPixel = static_cast<int32_t>(layout.bytesPerPixel);
+    if (outBytesPerStride != nullptr) *outBytesPerStride = static_cast<int32_t>(layout.bytesPerStride);
     return OK;
 }
 

@@ -6,10 +6,11 @@ namespace quill::host {
 
 namespace {
 
-/** Rows begin at multiples of this many pixels, and never one directly behind the other, as some hardware has it. */
+/** The stride is a multiple of this and always larger than the width, so that code which mixes up the two fails. */
 constexpr uint32_t kStrideAlignment = 64;
-/** What graphics hardware can address; keeps every size below 2^31 bytes. */
+/** Keeps every size below 2^31 bytes. */
 constexpr uint32_t kMaxSide = 16384;
+
 struct Format {
     int32_t code;
     uint32_t bytesPerPixel;
@@ -43,9 +44,7 @@ std::optional<PixelLayout> layoutOf(uint32_t width, uint32_t height, int32_t for
     layout.bytesPerPixel = found->bytesPerPixel;
     layout.bytesPerStride = size_t{layout.stride} * found->bytesPerPixel;
     layout.size = layout.bytesPerStride * height;
-    if (!found->hasChromaPlane) return layout;
-    layout.chromaOffset = layout.size;
-    layout.size += layout.bytesPerStride * ((height + 1) / 2);
+    if (found->hasChromaPlane) layout.size += layout.bytesPerStride * ((height + 1) / 2);
     return layout;
 }
 

@@ -1,5 +1,5 @@
-// The trace calls, in place of the C utilities' own, which do nothing on a workstation. Those of them that set up
-// or configure tracing are declared here as there; what the environment variable QUILL_TRACE says is final.
+// The trace calls, in place of the C utilities' own, which do nothing on a workstation. The environment variable
+// QUILL_TRACE names the file.
 #include <cutils/trace.h>
 #include <stdlib.h>
 
@@ -12,8 +12,7 @@ namespace {
 
 using quill::host::TraceFile;
 
-/** Null without QUILL_TRACE, which is read at the first use. Never deleted: threads may trace while the process exits.
- */
+/** Null without QUILL_TRACE, which is read at the first use. Never deleted, as threads may trace at exit. */
 TraceFile* traceFile() {
     static TraceFile* const file = []() -> TraceFile* {
         const char* const path = getenv("QUILL_TRACE");
@@ -26,28 +25,17 @@ TraceFile* traceFile() {
     return file;
 }
 
-void record(char phase, const char* name, const std::string& fields = "") {
+void record(char phase, const char* name) {
     TraceFile* const file = traceFile();
-    if (file != nullptr) file->write(phase, name, fields);
+    if (file != nullptr) file->write(phase, name);
 }
 
-/** Asynchronous sections are told apart by category, name and id. */
-std::string asyncFields(int32_t cookie) { return ",\"cat\":\"async\",\"id\":" + std::to_string(cookie); }
-
-std::string counterFields(int64_t value) { return ",\"args\":{\"value\":" + std::to_string(value) + "}"; }
-
-// Sections that this thread has open: an end without a beginning, because tracing was off then, is not recorded.
+// The open sections of this thread. An end without a beginning is not recorded.
 thread_local int gOpenSections = 0;
 
 }  // namespace
 
 extern "C" {
-
-void atrace_setup() { traceFile(); }
-void atrace_init() { traceFile(); }
-void atrace_update_tags() {}
-void atrace_set_debuggable(bool) {}
-void atrace_set_tracing_enabled(bool) {}
 
 uint64_t atrace_get_enabled_tags() { return traceFile() == nullptr ? ATRACE_TAG_NEVER : ATRACE_TAG_VALID_MASK; }
 
@@ -61,10 +49,5 @@ void atrace_end_body() {
     --gOpenSections;
     record('E', "");
 }
-
-void atrace_async_begin_body(const char* name, int32_t cookie) { record('b', name, asyncFields(cookie)); }
-void atrace_async_end_body(const char* name, int32_t cookie) { record('e', name, asyncFields(cookie)); }
-void atrace_int_body(const char* name, int32_t value) { record('C', name, counterFields(value)); }
-void atrace_int64_body(const char* name, int64_t value) { record('C', name, counterFields(value)); }
 
 }  // extern "C"

@@ -23,13 +23,13 @@ constexpr size_t kThreadNameSize = 16;
 
 long threadId() { return syscall(SYS_gettid); }
 
-/** Of the wall, not of the scaled clock: a trace shows where real time goes. */
+/** Real time and not the scaled clock, because a trace shows where real time goes. */
 double nowUs() {
     const auto now = std::chrono::steady_clock::now().time_since_epoch();
     return std::chrono::duration<double, std::micro>(now).count();
 }
 
-/** Tells files apart for good; their addresses are used again. */
+/** Identifies a file: its address may be used again. */
 uint64_t nextNumber() {
     static std::atomic<uint64_t> last{0};
     return ++last;
@@ -45,8 +45,7 @@ std::string threadMembers() {
     return ",\"pid\":" + std::to_string(getpid()) + ",\"tid\":" + std::to_string(threadId());
 }
 
-}  // namespace
-
+/** A JSON string, quotes included. Anything but printable ASCII becomes a question mark. */
 std::string jsonString(const std::string& text) {
     std::string quoted = "\"";
     for (const char c : text) {
@@ -56,22 +55,24 @@ std::string jsonString(const std::string& text) {
     return quoted + '"';
 }
 
+}  // namespace
+
 TraceFile::TraceFile(const char* path)
         : mNumber(nextNumber()), mFd(open(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kFileMode)) {
-    ALOGE_IF(!isOpen(), "QUILL_TRACE: cannot write %s: %s", path, strerror(errno));
+    ALOGE_IF(!isOpen(), "QUILL_TRACE: Cannot write %s: %s", path, strerror(errno));
 }
 
 TraceFile::~TraceFile() { close(); }
 
-void TraceFile::write(char phase, const std::string& name, const std::string& fields) {
+void TraceFile::write(char phase, const std::string& name) {
     char head[48];
     snprintf(head, sizeof head, "\"ph\":\"%c\",\"ts\":%.3f", phase, nowUs());
     const std::lock_guard<std::mutex> guard(mLock);
     nameThread();
-    writeEvent(head + threadMembers() + ",\"name\":" + jsonString(name) + fields);
+    writeEvent(head + threadMembers() + ",\"name\":" + jsonString(name));
 }
 
-/** Ahead of a thread's first event in this file. */
+/** Names the thread before its first event in this file. */
 void TraceFile::nameThread() {
     static thread_local uint64_t namedIn = 0;
     if (namedIn == mNumber) return;
@@ -93,7 +94,7 @@ void TraceFile::close() {
     mFd = -1;
 }
 
-/** Gives up on a full disk: a trace is not worth the program's time. */
+/** Gives up on an error such as a full disk; the program goes on without. */
 void TraceFile::append(const std::string& text) {
     size_t written = 0;
     while (isOpen() && written < text.size()) {

@@ -8,12 +8,12 @@
 namespace quill::host {
 
 /**
- * Trace events in a file, in Chrome's JSON array format, which Perfetto opens. Every event is written at once, and the
- * format allows for a missing end: the trace of a process that dies is readable too. Thread-safe.
+ * A trace file in Chrome's JSON array format, which Perfetto opens. Every event is written at once, and the format
+ * allows a missing end, so the trace of a process that dies is readable too. Thread-safe.
  */
 class TraceFile {
   public:
-    /** Empties the file. When it cannot be opened that is logged, and events are dropped. */
+    /** Empties the file. If it cannot be opened, that is logged and events are dropped. */
     explicit TraceFile(const char* path);
     ~TraceFile();
     TraceFile(const TraceFile&) = delete;
@@ -21,11 +21,8 @@ class TraceFile {
 
     bool isOpen() const { return mFd >= 0; }
 
-    /**
-     * One event of the calling thread, now. `phase` is the format's letter; `fields` are further members, each with a
-     * comma in front.
-     */
-    void write(char phase, const std::string& name, const std::string& fields = "");
+    /** One event of the calling thread, now. `phase` is the format's letter. */
+    void write(char phase, const std::string& name);
     /** Ends the array; later events are dropped. */
     void close();
 
@@ -39,8 +36,5 @@ class TraceFile {
     int mFd;
     bool mHasEvents = false;
 };
-
-/** A JSON string, quotes included. What is not printable ASCII becomes a question mark. */
-std::string jsonString(const std::string& text);
 
 }  // namespace quill::host

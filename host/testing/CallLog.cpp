@@ -32,16 +32,14 @@ void CallLog::start() {
     state().on = true;
 }
 
-bool CallLog::isOn() const { return state().on; }
-
 void CallLog::note(const char* call, const std::string& arguments) {
-    if (!isOn()) return;
+    if (!state().on) return;
     const std::lock_guard<std::mutex> guard(state().lock);
     state().calls.emplace_back(call, arguments);
 }
 
 void CallLog::note(const char* call, std::initializer_list<int64_t> arguments) {
-    if (!isOn()) return;
+    if (!state().on) return;
     std::string text;
     for (const int64_t argument : arguments) text += (text.empty() ? "" : " ") + std::to_string(argument);
     note(call, text);

@@ -17,7 +17,6 @@ class CallLog {
 
     /** Clears the log and switches it on. */
     void start();
-    bool isOn() const;
     /** Notes one call with its arguments as text, e.g. ("MediaMuxer::setOrientationHint", "90"). */
     void note(const char* call, const std::string& arguments);
     /** Notes numbers, separated by spaces. */

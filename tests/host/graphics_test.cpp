@@ -1,11 +1,10 @@
-// The way of a picture from a program's native window to the consumer behind it.
+// A picture from a program's native window to the consumer behind it.
 #include <errno.h>
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <unistd.h>
 
 #include <cstring>
-#include <functional>
 #include <thread>
 
 #include <gui/Surface.h>
@@ -14,7 +13,6 @@
 
 #include "BufferContents.h"
 #include "BufferQueue.h"
-#include "Clock.h"
 #include "Faults.h"
 
 namespace {
@@ -22,7 +20,6 @@ namespace {
 using namespace android;
 using quill::host::BufferContents;
 using quill::host::BufferQueue;
-using quill::host::Clock;
 using quill::host::Fault;
 using quill::host::Faults;
 
@@ -35,7 +32,7 @@ sp<GraphicBuffer> makeBuffer(uint32_t width, uint32_t height, int format, uint64
     return new GraphicBuffer(width, height, format, 1, usage);
 }
 
-/** A window as the encoder sets one up: 512x512 RGBA, connected to the CPU. */
+/** A window as the encoder sets it up: 512x512 RGBA, connected to the CPU. */
 struct Window {
     explicit Window(int buffers, int ahead = 8) : queue(new BufferQueue(buffers)), surface(new Surface(queue, true)) {
         window = surface.get();
@@ -82,22 +79,17 @@ TEST(GraphicBuffer, MemoryFitsSizeAndFormat) {
         uint32_t width, height;
         int format;
         uint32_t stride;
-        ptrdiff_t chroma;
         size_t size;
     } cases[] = {
-            {512, 512, HAL_PIXEL_FORMAT_RGBA_8888, 576, 0, 1179648},
-            {512, 512, HAL_PIXEL_FORMAT_YCBCR_P010, 576, 589824, 884736},
-            {1, 1, kVendorP010, 64, 128, 256},
-            {65, 3, HAL_PIXEL_FORMAT_YCBCR_420_888, 128, 384, 640},
+            {512, 512, HAL_PIXEL_FORMAT_RGBA_8888, 576, 1179648},
+            {512, 512, HAL_PIXEL_FORMAT_YCBCR_P010, 576, 884736},
+            {1, 1, kVendorP010, 64, 256},
+            {65, 3, HAL_PIXEL_FORMAT_YCBCR_420_888, 128, 640},
     };
     for (const auto& expected : cases) {
         const sp<GraphicBuffer> buffer = makeBuffer(expected.width, expected.height, expected.format);
         EXPECT_EQ(expected.stride, buffer->getStride());
         EXPECT_EQ(expected.size, BufferContents::of(*buffer).size);
-        android_ycbcr planes;
-        ASSERT_EQ(expected.chroma == 0 ? BAD_VALUE : OK, buffer->lockYCbCr(kReadWrite, &planes));
-        if (expected.chroma == 0) continue;
-        EXPECT_EQ(expected.chroma, static_cast<char*>(planes.cb) - static_cast<char*>(planes.y));
     }
 }
 
@@ -118,15 +110,12 @@ TEST(GraphicBuffer, LockIsForOneAndForTheUsageItWasMadeFor) {
     EXPECT_EQ(nullptr, address);
 }
 
-TEST(Surface, LastReferenceThroughEitherFaceDisconnects) {
+TEST(Surface, LastReferenceToTheWindowDisconnects) {
     const sp<BufferQueue> queue = new BufferQueue(1);
     sp<ANativeWindow> window = new Surface(queue);
     ASSERT_EQ(0, native_window_api_connect(window.get(), NATIVE_WINDOW_API_CPU));
-    ANativeWindow_acquire(window.get());
-    ANativeWindow* const held = window.get();
-    window.clear();
     EXPECT_EQ(-EINVAL, queue->connect(NATIVE_WINDOW_API_CPU));
-    ANativeWindow_release(held);
+    window.clear();
     EXPECT_EQ(OK, queue->connect(NATIVE_WINDOW_API_CPU));
 }
 
@@ -146,7 +135,6 @@ TEST(Surface, BufferIsReusedUnclearedUntilTheGeometryChanges) {
 
     EXPECT_EQ(-EINVAL, ANativeWindow_setBuffersGeometry(producer.window, 64, 0, 0));
     ASSERT_EQ(0, ANativeWindow_setBuffersGeometry(producer.window, 64, 32, HAL_PIXEL_FORMAT_YCBCR_P010));
-    EXPECT_EQ(64, ANativeWindow_getWidth(producer.window));
     buffer = producer.dequeue();
     EXPECT_EQ(32, buffer->height);
     EXPECT_EQ(HAL_PIXEL_FORMAT_YCBCR_P010, buffer->format);
@@ -154,16 +142,10 @@ TEST(Surface, BufferIsReusedUnclearedUntilTheGeometryChanges) {
 }
 
 TEST(Surface, DequeueWaitsWhileAllBuffersAreOut) {
-    Clock::instance().setScale(0.001);
     Window producer(2);
-    ASSERT_EQ(OK, producer.surface->setDequeueTimeout(5'000'000'000));
     producer.queueMarked(1);
     producer.queueMarked(2);
-    EXPECT_EQ(TIMED_OUT, producer.tryDequeue());
     const sp<GraphicBuffer> acquired = producer.queue->acquire();
-    EXPECT_EQ(TIMED_OUT, producer.tryDequeue());
-
-    ASSERT_EQ(OK, producer.surface->setDequeueTimeout(-1));
     ANativeWindowBuffer* dequeued = nullptr;
     std::thread blocked([&] { dequeued = producer.dequeue(); });
     producer.queue->release(acquired);
@@ -193,7 +175,6 @@ TEST(Surface, AbandonedQueueFailsTheProducer) {
     producer.queue->abandon();
     blocked.join();
     EXPECT_EQ(-ENODEV, producer.queueBuffer(held));
-    EXPECT_EQ(-ENODEV, ANativeWindow_getWidth(producer.window));
     EXPECT_EQ(0, native_window_api_disconnect(producer.window, NATIVE_WINDOW_API_CPU));
     EXPECT_EQ(-ENODEV, native_window_api_connect(producer.window, NATIVE_WINDOW_API_CPU));
 }

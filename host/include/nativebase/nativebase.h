@@ -23,7 +23,7 @@ struct ANativeWindowBuffer {
         common.magic = ANDROID_NATIVE_BUFFER_MAGIC;
         common.version = sizeof(ANativeWindowBuffer);
     }
-    // The pointer is what smart pointers hand over; native objects keep no record of it.
+    // Smart pointers pass themselves; native objects keep no record of that.
     void incStrong(const void*) const { common.incRef(const_cast<android_native_base_t*>(&common)); }
     void decStrong(const void*) const { common.decRef(const_cast<android_native_base_t*>(&common)); }
 

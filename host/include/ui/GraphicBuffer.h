@@ -20,8 +20,8 @@ struct BufferContents;
 namespace android {
 
 /**
- * Pixel memory shared between a producer and a consumer. Reference-counted; thread-safe but for the pixels, which
- * belong to whoever holds the lock.
+ * Pixel memory shared between a producer and a consumer. Reference-counted. Thread-safe except for the pixels, which
+ * belong to the holder of the lock.
  */
 class GraphicBuffer : public ANativeObjectBase<ANativeWindowBuffer, GraphicBuffer, RefBase> {
   public:
@@ -44,7 +44,7 @@ class GraphicBuffer : public ANativeObjectBase<ANativeWindowBuffer, GraphicBuffe
     /** The buffer that a window handed out, with a reference of its own; null for null. */
     static sp<GraphicBuffer> from(ANativeWindowBuffer* buffer);
 
-    /** Zeroed memory of one layer. `initCheck` tells a size, format or amount of memory that cannot be had. */
+    /** Zeroed memory of one layer. `initCheck` fails for an unsupported size or format and if the allocation fails. */
     GraphicBuffer(uint32_t width, uint32_t height, PixelFormat format, uint32_t layerCount, uint64_t usage,
                   std::string requestorName = "<Unknown>");
 
@@ -58,15 +58,13 @@ class GraphicBuffer : public ANativeObjectBase<ANativeWindowBuffer, GraphicBuffe
     ANativeWindowBuffer* getNativeBuffer() const;
 
     /**
-     * Gives the CPU the memory until `unlock`. `inUsage` holds software reading or writing that the buffer was made
-     * for, and nothing else: BAD_VALUE otherwise; INVALID_OPERATION while locked. Semi-planar chroma lies
-     * stride x height samples behind the luma; bytes per pixel and stride are those of the luma.
+     * Gives the CPU the memory until `unlock`. `inUsage` is software reading or writing that the buffer was made for;
+     * anything else is BAD_VALUE. INVALID_OPERATION while locked. Semi-planar chroma starts stride x height samples
+     * after the luma; bytes per pixel and stride are those of the luma.
      */
     status_t lock(uint32_t inUsage, void** vaddr, int32_t* outBytesPerPixel = nullptr,
                   int32_t* outBytesPerStride = nullptr);
-    /** `lock`, by planes; BAD_VALUE for a format without chroma planes. */
-    status_t lockYCbCr(uint32_t inUsage, android_ycbcr* ycbcr);
-    /** INVALID_OPERATION when not locked. */
+    /** INVALID_OPERATION if it is not locked. */
     status_t unlock();
 
   private:
@@ -74,7 +72,6 @@ class GraphicBuffer : public ANativeObjectBase<ANativeWindowBuffer, GraphicBuffe
 
     ~GraphicBuffer() override;
     status_t allocate(size_t size);
-    status_t lockMemory(uint32_t inUsage, uint8_t** memory);
 
     struct FreeMemory {
         void operator()(uint8_t* memory) const;

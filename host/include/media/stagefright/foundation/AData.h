@@ -6,20 +6,13 @@
 
 namespace android {
 
-/** A value of one of the types Ts, all distinct, or none. */
+/** A value of one of the types Ts, or none. No two types are the same. */
 template <typename... Ts>
 struct AData {
     class Basic {
       public:
         /** False when it holds nothing. */
         bool used() const { return !std::holds_alternative<std::monostate>(mValue); }
-
-        /** Forgets the value. True when there was one. */
-        bool clear() {
-            const bool wasUsed = used();
-            mValue = std::monostate();
-            return wasUsed;
-        }
 
         /** Replaces the value. Always true. */
         template <typename T>
@@ -33,19 +26,13 @@ struct AData {
             return true;
         }
 
-        /** Copies the value out when it is exactly a T: nothing is converted. */
+        /** Copies the value out if it is exactly a T; nothing is converted. */
         template <typename T>
         bool find(T* data) const {
             const T* const held = std::get_if<T>(&mValue);
             if (held == nullptr) return false;
             *data = *held;
             return true;
-        }
-
-        /** `find`, then `clear` when it was found. */
-        template <typename T>
-        bool remove(T* data) {
-            return find(data) && clear();
         }
 
       private:

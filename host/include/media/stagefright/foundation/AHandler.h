@@ -7,14 +7,12 @@ namespace android {
 
 struct AMessage;
 
-/** The receiver of messages. Lives as long as its owner's references: a looper holds none. */
+/** The receiver of messages. A looper holds only a weak reference to it. */
 struct AHandler : public RefBase {
     AHandler() = default;
 
     /** 0 until registered. */
     ALooper::handler_id id() const { return mID; }
-    /** The looper it is registered with; null without one, or when that is gone. */
-    sp<ALooper> looper() const { return mLooper.promote(); }
     wp<ALooper> getLooper() const { return mLooper; }
     wp<AHandler> getHandler() const { return const_cast<AHandler*>(this); }
 

@@ -20,8 +20,8 @@ struct AHandler;
 struct AMessage;
 
 /**
- * A thread that hands messages to handlers, one at a time, in the order they fall due; equally due ones in
- * the order they were posted. Thread-safe except for `setName`.
+ * A thread that hands messages to handlers, one at a time, by due time. Messages with the same due time keep the order
+ * in which they were posted. Thread-safe except for `setName`.
  */
 struct ALooper : public RefBase {
     typedef int32_t event_id;
@@ -31,32 +31,27 @@ struct ALooper : public RefBase {
 
     /** Takes effect at the next `start`. The system keeps the first 15 bytes as the thread's name. */
     void setName(const char* name);
-    const char* getName() const;
 
     /**
-     * Binds `handler`, which the looper references weakly: messages to one that is gone are dropped.
-     * Returns its id (above 0), or INVALID_OPERATION when it is bound to a looper already.
+     * Binds `handler`. The looper holds a weak reference to it, and drops messages to a handler that is gone. Returns
+     * its id (above 0), or INVALID_OPERATION if it is bound to a looper already.
      */
     handler_id registerHandler(const sp<AHandler>& handler);
-    /** Messages to it that are under way still arrive; an unknown id is ignored. */
+    /** Messages that are queued already still arrive. An unknown id is ignored. */
     void unregisterHandler(handler_id handlerID);
 
     /**
-     * Starts a thread, or runs on the caller's and returns after `stop`. INVALID_OPERATION when it runs
-     * already. Messages posted before are delivered. On a workstation `canCallJava` changes nothing (a handler
-     * that calls Java attaches its thread) and `priority` is left to the system: raising it takes rights
-     * that an ordinary user lacks.
+     * Starts the thread and delivers what was posted before. INVALID_OPERATION if it runs already, and for
+     * `runOnCallingThread`, which this platform does not have. `canCallJava` and `priority` change nothing: a handler
+     * attaches its thread to Java itself, and an ordinary user may not raise a thread's priority.
      */
     status_t start(bool runOnCallingThread = false, bool canCallJava = false, int32_t priority = PRIORITY_DEFAULT);
 
     /**
-     * Drops what is still queued and waits for the thread, except on that thread itself, which ends after the
-     * message it is handling. INVALID_OPERATION when it does not run.
+     * Drops what is still queued and waits for the thread. Called on that thread it does not wait: the loop ends after
+     * the current message. INVALID_OPERATION if the looper does not run.
      */
     status_t stop();
-
-    /** Monotonic microseconds. */
-    static int64_t GetNowUs();
 
   protected:
     ~ALooper() override;
