@@ -62,7 +62,7 @@ class ContentsBuilder {
     void describe(HeifItem& item, const HevcSps& sps, uint32_t width, uint32_t height) {
         use(item, spatialExtentsBox(width, height), false);
         use(item, pixelInformationBox(sps), false);
-        use(item, colourBox(sps.colour), false);
+        use(item, colorBox(sps.aspects), false);
     }
 
     void addTile(const HeifTrack& track, const Bytes& sample) {

@@ -48,14 +48,14 @@ Bytes pixelInformationBox(const HevcSps& sps) {
     return writer.take();
 }
 
-Bytes colourBox(const ColourDescription& colour) {
+Bytes colorBox(const ColorAspects& aspects) {
     BoxWriter writer;
     const auto box = writer.beginBox("colr");
     writer.putFourCc("nclx");
-    writer.put16(colour.primaries);
-    writer.put16(colour.transfer);
-    writer.put16(colour.matrix);
-    writer.put8(colour.fullRange ? kFullRangeFlag : 0);
+    writer.put16(aspects.primaries);
+    writer.put16(aspects.transfer);
+    writer.put16(aspects.matrix);
+    writer.put8(aspects.fullRange ? kFullRangeFlag : 0);
     writer.finishBox(box);
     return writer.take();
 }

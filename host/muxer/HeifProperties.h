@@ -10,7 +10,7 @@ Bytes decoderConfigurationBox(const HevcConfig& config);
 /** Image size in pixels before cropping and rotation. */
 Bytes spatialExtentsBox(uint32_t width, uint32_t height);
 Bytes pixelInformationBox(const HevcSps& sps);
-Bytes colourBox(const ColourDescription& colour);
+Bytes colorBox(const ColorAspects& aspects);
 /** Keeps the top left `width` x `height` of a picture that is larger. */
 Bytes cleanApertureBox(uint32_t width, uint32_t height, const HevcSps& coded);
 /** `clockwiseDegrees`: 90, 180 or 270. */

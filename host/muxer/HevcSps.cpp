@@ -14,8 +14,8 @@ constexpr unsigned kMaxReferences = 16;
 constexpr unsigned kMaxLongTermPictures = 32;
 constexpr uint8_t kExtendedAspectRatio = 255;
 
-// ISO/IEC 23000-22 takes a picture that says nothing about its colours for sRGB in full-range BT.601 components.
-constexpr ColourDescription kDefaultColour{1, 13, 6, true};
+// ISO/IEC 23000-22: a picture that does not specify its colours is sRGB in full-range BT.601 components.
+constexpr ColorAspects kDefaultAspects{1, 13, 6, true};
 
 HevcProfile readProfile(BitReader& reader) {
     HevcProfile profile;
@@ -144,20 +144,20 @@ bool skipReferencePictures(BitReader& reader, unsigned pictureOrderBits) {
     return true;
 }
 
-/** The VUI's colours; code points it leaves open are the default's. */
-ColourDescription readColour(BitReader& reader) {
-    ColourDescription colour = kDefaultColour;
-    if (!reader.flag()) return colour;  // no VUI
+/** The colours in the VUI; the default's where it has none. */
+ColorAspects readAspects(BitReader& reader) {
+    ColorAspects aspects = kDefaultAspects;
+    if (!reader.flag()) return aspects;  // no VUI
     if (reader.flag() && reader.bits(8) == kExtendedAspectRatio) reader.skip(2 * 16);
-    if (reader.flag()) reader.flag();   // overscan
-    if (!reader.flag()) return colour;  // no video signal type
-    reader.skip(3);                     // video format
-    colour.fullRange = reader.flag();
-    if (!reader.flag()) return colour;
-    colour.primaries = static_cast<uint8_t>(reader.bits(8));
-    colour.transfer = static_cast<uint8_t>(reader.bits(8));
-    colour.matrix = static_cast<uint8_t>(reader.bits(8));
-    return colour;
+    if (reader.flag()) reader.flag();    // overscan
+    if (!reader.flag()) return aspects;  // no video signal type
+    reader.skip(3);                      // video format
+    aspects.fullRange = reader.flag();
+    if (!reader.flag()) return aspects;
+    aspects.primaries = static_cast<uint8_t>(reader.bits(8));
+    aspects.transfer = static_cast<uint8_t>(reader.bits(8));
+    aspects.matrix = static_cast<uint8_t>(reader.bits(8));
+    return aspects;
 }
 
 }  // namespace
@@ -183,7 +183,7 @@ std::optional<HevcSps> parseSps(const Nal& nal) {
     if (!skipCodingTools(reader, subLayersMinus1, pictureOrderBits)) return std::nullopt;
     if (!skipReferencePictures(reader, pictureOrderBits)) return std::nullopt;
     reader.skip(2);  // temporal motion vectors, strong intra smoothing
-    sps.colour = readColour(reader);
+    sps.aspects = readAspects(reader);
     if (!reader.ok()) return std::nullopt;
     return sps;
 }

@@ -4,17 +4,10 @@
 #include <cstdint>
 #include <optional>
 
+#include "ColorAspects.h"
 #include "HevcNal.h"
 
 namespace quill::host {
-
-/** Code points of ISO/IEC 23091-2, as VUI and `nclx` share them. */
-struct ColourDescription {
-    uint8_t primaries;
-    uint8_t transfer;
-    uint8_t matrix;
-    bool fullRange;
-};
 
 /** The general part of profile_tier_level(), byte for byte as the decoder configuration record repeats it. */
 struct HevcProfile {
@@ -42,7 +35,7 @@ struct HevcSps {
     uint8_t chromaBits = 8;
     uint32_t width = 0;  ///< of the decoder's output: inside the conformance window
     uint32_t height = 0;
-    ColourDescription colour{};
+    ColorAspects aspects;
 };
 
 /** Nothing when the NAL unit ends too early or holds values out of range. */

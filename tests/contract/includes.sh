@@ -22,8 +22,9 @@ host/system     $low Device.h
 host/jni        $low JniReference.h
 host/foundation $low LooperQueue.h
 host/graphics   $low BufferQueue.h
-host/codec      $low Device.h LooperQueue.h BufferQueue.h CodecConfig.h
-host/muxer      $low LooperQueue.h BoxWriter.h"
+host/color      ColorAspects.h $platform
+host/codec      $low Device.h LooperQueue.h BufferQueue.h ColorAspects.h CodecConfig.h
+host/muxer      $low LooperQueue.h ColorAspects.h BoxWriter.h"
 headers=$(awk '{ for (i = 2; i <= NF; ++i) print $i }' <<<"$table" | sort -u)
 question=$(for header in $headers; do printf '#if __has_include(<%s>)\n%s\n#endif\n' "$header" "$header"; done)
 failed=0

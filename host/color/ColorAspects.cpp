@@ -10,8 +10,8 @@ namespace {
 
 struct StandardRow {
     int32_t standard;
-    int primaries;
-    int matrix;
+    uint8_t primaries;
+    uint8_t matrix;
 };
 
 constexpr StandardRow kStandards[] = {
@@ -23,10 +23,10 @@ constexpr StandardRow kStandards[] = {
 
 struct TransferRow {
     int32_t key;
-    int transfer;
+    uint8_t transfer;
 };
 
-/** Has no name among the platform's public constants; cameras configure it for sRGB stills. */
+/** sRGB, which has no name among the platform's public constants. */
 constexpr int32_t kTransferSrgb = 2;
 
 constexpr TransferRow kTransfers[] = {
@@ -35,7 +35,7 @@ constexpr TransferRow kTransfers[] = {
 };
 
 struct LumaWeights {
-    int matrix;
+    uint8_t matrix;
     double red;
     double blue;
 };
@@ -43,14 +43,14 @@ struct LumaWeights {
 constexpr LumaWeights kBt601 = {5, 0.299, 0.114};
 constexpr LumaWeights kLumaWeights[] = {{1, 0.2126, 0.0722}, kBt601, {6, 0.299, 0.114}, {9, 0.2627, 0.0593}};
 
-LumaWeights weightsOf(int matrix) {
+LumaWeights weightsOf(uint8_t matrix) {
     for (const LumaWeights& row : kLumaWeights) {
         if (row.matrix == matrix) return row;
     }
     return kBt601;
 }
 
-/** Three factors rounded so that they add up to exactly `sum`; green, the largest weight, takes the rest. */
+/** Rounds three factors so that they add up to exactly `sum`. Green, the largest weight, takes the remainder. */
 void setFactors(int32_t (&factors)[3], double red, double blue, double sum) {
     constexpr double kOne = 1 << RgbToYuv::kFractionBits;
     factors[0] = static_cast<int32_t>(std::lround(red * kOne));

@@ -4,13 +4,13 @@
 
 namespace quill::host {
 
-/** What a stream says about its colours, in the code points of ISO/IEC 23091-2. */
+/** The colours of a stream in the code points of ISO/IEC 23091-2, as VUI and `nclx` have them too. */
 struct ColorAspects {
-    static constexpr int kUnspecified = 2;
+    static constexpr uint8_t kUnspecified = 2;
 
-    int primaries = kUnspecified;
-    int transfer = kUnspecified;
-    int matrix = kUnspecified;
+    uint8_t primaries = kUnspecified;
+    uint8_t transfer = kUnspecified;
+    uint8_t matrix = kUnspecified;
     bool fullRange = false;
 
     bool operator==(const ColorAspects& other) const {
@@ -19,10 +19,10 @@ struct ColorAspects {
     }
 };
 
-/** From the values of "color-standard", "color-transfer" and "color-range"; 0 and unknown values say nothing. */
+/** From the values of "color-standard", "color-transfer" and "color-range". 0 and unknown values are unspecified. */
 ColorAspects colorAspectsFromKeys(int32_t standard, int32_t transfer, int32_t range);
 
-/** R'G'B' to Y'CbCr, 8-bit, as integers of 1/65536. The three factors of luma add up to the exact range. */
+/** R'G'B' to Y'CbCr, 8-bit, in units of 1/65536. The three luma factors add up to the exact range. */
 struct RgbToYuv {
     static constexpr int kFractionBits = 16;
 
