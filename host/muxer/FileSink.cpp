@@ -27,18 +27,18 @@ bool isWritable(int fd) {
 
 }  // namespace
 
-std::unique_ptr<FileSink> FileSink::open(int fd, std::string& problem) {
+std::unique_ptr<FileSink> FileSink::open(int fd, std::string* problem) {
     if (!isWritable(fd)) {
-        problem = "the descriptor is not open for writing";
+        *problem = "the descriptor is not open for writing";
         return nullptr;
     }
     if (lseek(fd, 0, SEEK_CUR) < 0) {
-        problem = describe("the descriptor is not seekable", errno);
+        *problem = describe("the descriptor is not seekable", errno);
         return nullptr;
     }
     const int duplicate = fcntl(fd, F_DUPFD_CLOEXEC, 0);
     if (duplicate < 0) {
-        problem = describe("cannot duplicate the descriptor", errno);
+        *problem = describe("cannot duplicate the descriptor", errno);
         return nullptr;
     }
     return std::unique_ptr<FileSink>(new FileSink(duplicate));
@@ -46,10 +46,10 @@ std::unique_ptr<FileSink> FileSink::open(int fd, std::string& problem) {
 
 FileSink::~FileSink() { close(mFd); }
 
-bool FileSink::begin(uint64_t& start) {
+bool FileSink::begin(uint64_t* start) {
     mStart = lseek(mFd, 0, isAppending(mFd) ? SEEK_END : SEEK_CUR);
     if (mStart < 0) return failed("cannot tell the file offset");
-    start = static_cast<uint64_t>(mStart);
+    *start = static_cast<uint64_t>(mStart);
     return true;
 }
 
@@ -57,7 +57,7 @@ bool FileSink::append(ByteView bytes) {
     for (size_t done = 0; done < bytes.size;) {
         const ssize_t written = write(mFd, bytes.data + done, bytes.size - done);
         if (written < 0 && errno == EINTR) continue;
-        if (written == 0) errno = EIO;  // no progress, no reason given
+        if (written == 0) errno = EIO;  // no progress and no error
         if (written <= 0) return failed("write");
         done += static_cast<size_t>(written);
     }
@@ -68,7 +68,7 @@ bool FileSink::finish(uint64_t end) {
     const off_t position = lseek(mFd, 0, SEEK_CUR);
     if (position < 0) return failed("cannot tell the file offset");
     if (static_cast<uint64_t>(position) != end) {
-        mError = "someone else moved the file offset while the file was written";
+        mError = "the file offset was moved while the file was written";
         return false;
     }
     struct stat info {};
@@ -79,7 +79,7 @@ bool FileSink::finish(uint64_t end) {
 
 void FileSink::rollBack() {
     if (mStart < 0) return;
-    // Best effort: the failure that led here is the one to report.
+    // Best effort: the failure that led here is the one that is reported.
     if (ftruncate(mFd, mStart) != 0) return;
     lseek(mFd, mStart, SEEK_SET);
 }

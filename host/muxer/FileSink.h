@@ -9,23 +9,23 @@
 namespace quill::host {
 
 /**
- * Sequential output through a duplicate of someone's descriptor, which shares its offset and stays theirs.
- * Operations are false, and `error` says why, when the system refuses.
+ * Sequential output through a duplicate of the caller's descriptor, with which it shares the offset. Operations return
+ * false if the system refuses; `error` gives the reason.
  */
 class FileSink {
   public:
-    /** Null, and the reason in `problem`, unless `fd` is writable and seekable. */
-    static std::unique_ptr<FileSink> open(int fd, std::string& problem);
+    /** Null, with the reason in `problem`, unless `fd` is writable and seekable. */
+    static std::unique_ptr<FileSink> open(int fd, std::string* problem);
     ~FileSink();
     FileSink(const FileSink&) = delete;
     FileSink& operator=(const FileSink&) = delete;
 
-    /** Where writing begins: the current offset, or the file's end in append mode. */
-    bool begin(uint64_t& start);
+    /** Sets `start` to where writing begins: the current offset, or the end of the file in append mode. */
+    bool begin(uint64_t* start);
     bool append(ByteView bytes);
-    /** Cuts off what the file holds behind the data, which ends at `end`, and checks that it does end there. */
+    /** Truncates the file at the end of the data, which must be `end`. */
     bool finish(uint64_t end);
-    /** Cuts the file back to where writing began. */
+    /** Truncates the file to where writing began. */
     void rollBack();
 
     const std::string& error() const { return mError; }

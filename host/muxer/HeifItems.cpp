@@ -30,7 +30,7 @@ class ContentsBuilder {
         const MetadataKind kind = classifyMetadata(sample);
         if (kind.type == MetadataKind::Type::kUnknown) return;
         HeifItem& item = add(kind.type == MetadataKind::Type::kExif ? "Exif" : "mime");
-        item.hidden = true;  // no image to be shown: strict readers would look for its pixel properties
+        item.hidden = true;  // not an image to be shown
         item.referenceType = "cdsc";
         item.references = {mContents.primaryId};
         if (kind.type == MetadataKind::Type::kExif) {
@@ -51,18 +51,18 @@ class ContentsBuilder {
         return item;
     }
 
-    /** Readers refuse files with hundreds of property boxes, so equal ones are one. */
-    void use(HeifItem& item, Bytes property, bool essential) {
+    /** Equal properties share one box of `ipco`. */
+    void use(Bytes property, bool essential, HeifItem* item) {
         auto& all = mContents.properties;
         auto found = std::find(all.begin(), all.end(), property);
         if (found == all.end()) found = all.insert(all.end(), std::move(property));
-        item.properties.push_back({static_cast<uint16_t>(found - all.begin() + 1), essential});
+        item->properties.push_back({static_cast<uint16_t>(found - all.begin() + 1), essential});
     }
 
-    void describe(HeifItem& item, const HevcSps& sps, uint32_t width, uint32_t height) {
-        use(item, spatialExtentsBox(width, height), false);
-        use(item, pixelInformationBox(sps), false);
-        use(item, colorBox(sps.aspects), false);
+    void describe(const HevcSps& sps, uint32_t width, uint32_t height, HeifItem* item) {
+        use(spatialExtentsBox(width, height), false, item);
+        use(pixelInformationBox(sps), false, item);
+        use(colorBox(sps.aspects), false, item);
     }
 
     void addTile(const HeifTrack& track, const Bytes& sample) {
@@ -70,8 +70,8 @@ class ContentsBuilder {
         item.hidden = track.grid.has_value();
         item.tile = sample;
         const HevcSps& sps = track.config.sps;
-        describe(item, sps, sps.width, sps.height);
-        use(item, decoderConfigurationBox(track.config), true);
+        describe(sps, sps.width, sps.height, &item);
+        use(decoderConfigurationBox(track.config), true, &item);
     }
 
     void addGrid(const HeifTrack& track) {
@@ -81,16 +81,16 @@ class ContentsBuilder {
         item.ownBody = gridBody(track);
         item.referenceType = "dimg";
         for (uint16_t id = firstTile; id < item.id; ++id) item.references.push_back(id);
-        describe(item, track.config.sps, track.width, track.height);
+        describe(track.config.sps, track.width, track.height, &item);
     }
 
-    /** Transformations, after everything that describes the image they apply to. */
+    /** The transformations. They come after the properties that describe the image. */
     void finishImage(const HeifTrack& track) {
         HeifItem& item = mContents.items.back();
         const HevcSps& sps = track.config.sps;
         const bool larger = sps.width != track.width || sps.height != track.height;
-        if (!track.grid && larger) use(item, cleanApertureBox(track.width, track.height, sps), true);
-        if (mDegrees != 0) use(item, rotationBox(mDegrees), true);
+        if (!track.grid && larger) use(cleanApertureBox(track.width, track.height, sps), true, &item);
+        if (mDegrees != 0) use(rotationBox(mDegrees), true, &item);
     }
 
     /** ISO/IEC 23008-12, 6.6.2.3. */
@@ -106,7 +106,7 @@ class ContentsBuilder {
         return writer.take();
     }
 
-    /** ISO/IEC 23008-12, A.2.1: where the TIFF header is, then the sample as it came. */
+    /** ISO/IEC 23008-12, A.2.1: the offset of the TIFF header, then the sample unchanged. */
     static Bytes exifBody(const Bytes& sample, size_t tiffOffset) {
         BoxWriter writer;
         writer.put32(tiffOffset);

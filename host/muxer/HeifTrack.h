@@ -18,7 +18,7 @@ struct HeifGrid {
     uint32_t columns;
 };
 
-/** One image on its way into the file. Sizes in pixels. */
+/** One image to be written. Sizes in pixels. */
 struct HeifTrack {
     uint32_t width = 0;  ///< of the whole image, before rotation
     uint32_t height = 0;
@@ -32,7 +32,7 @@ struct HeifTrack {
     size_t itemCount() const { return tileCount() + (grid ? 1 : 0); }
 };
 
-/** From a track's format; nothing, and the reason in `problem`, when a key lacks or does not fit. */
-std::optional<HeifTrack> makeHeifTrack(const android::sp<android::AMessage>& format, std::string& problem);
+/** From a track's format; nothing, with the reason in `problem`, if a key is missing or invalid. */
+std::optional<HeifTrack> makeHeifTrack(const android::sp<android::AMessage>& format, std::string* problem);
 
 }  // namespace quill::host

@@ -39,29 +39,29 @@ void skipSubLayerProfiles(BitReader& reader, unsigned subLayersMinus1) {
     reader.skip(2 * (kSlots - subLayersMinus1) + skipped);
 }
 
-/** Cuts the conformance window off `size`; false when nothing is left. */
-bool crop(uint32_t& size, uint64_t unit, uint64_t before, uint64_t after) {
+/** Applies the conformance window to `size`; false if nothing is left. */
+bool crop(uint64_t unit, uint64_t before, uint64_t after, uint32_t* size) {
     const uint64_t cut = unit * (before + after);
-    if (cut >= size) return false;
-    size -= static_cast<uint32_t>(cut);
+    if (cut >= *size) return false;
+    *size -= static_cast<uint32_t>(cut);
     return true;
 }
 
-bool readSize(BitReader& reader, HevcSps& sps) {
-    sps.width = reader.ue();
-    sps.height = reader.ue();
-    if (!reader.flag()) return sps.width > 0 && sps.height > 0;
+bool readSize(BitReader& reader, HevcSps* sps) {
+    sps->width = reader.ue();
+    sps->height = reader.ue();
+    if (!reader.flag()) return sps->width > 0 && sps->height > 0;
     const uint32_t left = reader.ue(), right = reader.ue(), top = reader.ue(), bottom = reader.ue();
-    const unsigned horizontalUnit = sps.chromaFormat == 1 || sps.chromaFormat == 2 ? 2 : 1;
-    const unsigned verticalUnit = sps.chromaFormat == 1 ? 2 : 1;
-    return crop(sps.width, horizontalUnit, left, right) && crop(sps.height, verticalUnit, top, bottom);
+    const unsigned horizontalUnit = sps->chromaFormat == 1 || sps->chromaFormat == 2 ? 2 : 1;
+    const unsigned verticalUnit = sps->chromaFormat == 1 ? 2 : 1;
+    return crop(horizontalUnit, left, right, &sps->width) && crop(verticalUnit, top, bottom, &sps->height);
 }
 
-bool readBitDepths(BitReader& reader, HevcSps& sps) {
+bool readBitDepths(BitReader& reader, HevcSps* sps) {
     const uint32_t luma = reader.ue(), chroma = reader.ue();
     if (luma > kMaxBitDepthMinus8 || chroma > kMaxBitDepthMinus8) return false;
-    sps.lumaBits = static_cast<uint8_t>(8 + luma);
-    sps.chromaBits = static_cast<uint8_t>(8 + chroma);
+    sps->lumaBits = static_cast<uint8_t>(8 + luma);
+    sps->chromaBits = static_cast<uint8_t>(8 + chroma);
     return true;
 }
 
@@ -80,11 +80,11 @@ void skipScalingLists(BitReader& reader) {
     }
 }
 
-/** Coding tools between the bit depths and the reference picture sets. */
-bool skipCodingTools(BitReader& reader, unsigned subLayersMinus1, unsigned& pictureOrderBits) {
+/** The coding tools between the bit depths and the reference picture sets. */
+bool skipCodingTools(BitReader& reader, unsigned subLayersMinus1, unsigned* pictureOrderBits) {
     const uint32_t pictureOrderBitsMinus4 = reader.ue();
     if (pictureOrderBitsMinus4 > 12) return false;
-    pictureOrderBits = pictureOrderBitsMinus4 + 4;
+    *pictureOrderBits = pictureOrderBitsMinus4 + 4;
     const unsigned firstSubLayer = reader.flag() ? 0 : subLayersMinus1;
     for (unsigned i = firstSubLayer; i <= subLayersMinus1; ++i) {
         for (int field = 0; field < 3; ++field) reader.ue();  // decoded picture buffer
@@ -100,10 +100,7 @@ bool skipCodingTools(BitReader& reader, unsigned subLayersMinus1, unsigned& pict
     return reader.ok();
 }
 
-/**
- * A set coded as a difference from the set before it; returns how many pictures it holds. No entry falls out of
- * it by the shift: it would be the current picture itself, which is never marked.
- */
+/** A set coded as a difference from the previous set. Returns the number of its pictures. */
 uint32_t skipPredictedSet(BitReader& reader, uint32_t previousCount) {
     reader.flag();
     reader.ue();
@@ -115,11 +112,11 @@ uint32_t skipPredictedSet(BitReader& reader, uint32_t previousCount) {
     return count;
 }
 
-bool skipExplicitSet(BitReader& reader, uint32_t& count) {
+bool skipExplicitSet(BitReader& reader, uint32_t* count) {
     const uint32_t negative = reader.ue(), positive = reader.ue();
     if (negative > kMaxReferences || positive > kMaxReferences) return false;
-    count = negative + positive;
-    for (uint32_t i = 0; i < count; ++i) {
+    *count = negative + positive;
+    for (uint32_t i = 0; i < *count; ++i) {
         reader.ue();
         reader.flag();
     }
@@ -133,7 +130,7 @@ bool skipReferencePictures(BitReader& reader, unsigned pictureOrderBits) {
     for (uint32_t i = 0; reader.ok() && i < sets; ++i) {
         if (i > 0 && reader.flag()) {
             count = skipPredictedSet(reader, count);
-        } else if (!skipExplicitSet(reader, count)) {
+        } else if (!skipExplicitSet(reader, &count)) {
             return false;
         }
     }
@@ -179,8 +176,8 @@ std::optional<HevcSps> parseSps(const Nal& nal) {
     sps.chromaFormat = static_cast<uint8_t>(chromaFormat);
     if (chromaFormat == kMaxChromaFormat) reader.flag();  // planes coded separately
     unsigned pictureOrderBits = 0;
-    if (!readSize(reader, sps) || !readBitDepths(reader, sps)) return std::nullopt;
-    if (!skipCodingTools(reader, subLayersMinus1, pictureOrderBits)) return std::nullopt;
+    if (!readSize(reader, &sps) || !readBitDepths(reader, &sps)) return std::nullopt;
+    if (!skipCodingTools(reader, subLayersMinus1, &pictureOrderBits)) return std::nullopt;
     if (!skipReferencePictures(reader, pictureOrderBits)) return std::nullopt;
     reader.skip(2);  // temporal motion vectors, strong intra smoothing
     sps.aspects = readAspects(reader);

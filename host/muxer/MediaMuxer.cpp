@@ -1,3 +1,5 @@
+#define LOG_TAG "MediaMuxer"
+
 #include <media/stagefright/MediaMuxer.h>
 
 #include <mutex>
@@ -5,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include <android/log.h>
+#include <log/log.h>
 #include <media/stagefright/MediaCodecConstants.h>
 #include <media/stagefright/MediaErrors.h>
 #include <media/stagefright/foundation/ABuffer.h>
@@ -26,13 +28,12 @@ namespace {
 
 using namespace quill::host;
 
-constexpr char kTag[] = "MediaMuxer";
 constexpr int kQuarterTurn = 90, kFullTurn = 360;
 
 enum class Phase { kInitialized, kStarted, kStopped };
 
 status_t refuse(status_t status, const char* call, const char* why) {
-    __android_log_print(ANDROID_LOG_ERROR, kTag, "%s: %s", call, why);
+    ALOGE("%s: %s", call, why);
     return status;
 }
 
@@ -41,7 +42,7 @@ MediaMuxer* refuseCreation(const char* why) {
     return nullptr;
 }
 
-/** A codec can hand out a buffer without memory: that is an empty one. */
+/** A buffer without memory counts as empty. */
 ByteView viewOf(const sp<ABuffer>& buffer) {
     if (!buffer->base()) return {};
     return {buffer->data(), buffer->size()};
@@ -51,7 +52,7 @@ Bytes copyOf(ByteView view) { return Bytes(view.data, view.data + view.size); }
 
 }  // namespace
 
-/** Everything a muxer holds. Its functions are called with `lock` held. */
+/** The state of a muxer. Its functions are called with `lock` held. */
 struct MediaMuxer::State {
     std::mutex lock;
     Phase phase = Phase::kInitialized;
@@ -68,7 +69,7 @@ struct MediaMuxer::State {
     }
 
     status_t addMetadata(ByteView sample);
-    status_t addTile(HeifTrack& track, ByteView sample);
+    status_t addTile(ByteView sample, HeifTrack* track);
     status_t writeFile();
     bool writeLayout(const HeifLayout& layout, uint64_t start);
 };
@@ -76,8 +77,7 @@ struct MediaMuxer::State {
 status_t MediaMuxer::State::addMetadata(ByteView sample) {
     if (sample.size == 0) return OK;
     if (classifyMetadata(sample).type == MetadataKind::Type::kUnknown) {
-        __android_log_print(ANDROID_LOG_WARN, kTag, "writeSampleData: %zu bytes that are neither EXIF nor XMP dropped",
-                            sample.size);
+        ALOGW("writeSampleData: dropped %zu bytes that are neither EXIF nor XMP", sample.size);
         return OK;
     }
     if (itemCount() >= kMaxHeifItems) return refuse(BAD_VALUE, "writeSampleData", "too many items for one file");
@@ -85,29 +85,29 @@ status_t MediaMuxer::State::addMetadata(ByteView sample) {
     return OK;
 }
 
-status_t MediaMuxer::State::addTile(HeifTrack& track, ByteView sample) {
-    if (track.samples.size() >= track.tileCount()) {
+status_t MediaMuxer::State::addTile(ByteView sample, HeifTrack* track) {
+    if (track->samples.size() >= track->tileCount()) {
         return refuse(BAD_VALUE, "writeSampleData", "more samples than the image has tiles");
     }
-    auto converted = toLengthPrefixed(sample, track.config);
+    auto converted = toLengthPrefixed(sample, track->config);
     if (!converted)
-        return refuse(BAD_VALUE, "writeSampleData", "the sample is no picture that decodes with csd-0 alone");
-    track.samples.push_back(std::move(*converted));
+        return refuse(BAD_VALUE, "writeSampleData", "the sample is not a picture that decodes with csd-0 alone");
+    track->samples.push_back(std::move(*converted));
     return OK;
 }
 
 status_t MediaMuxer::State::writeFile() {
     for (const HeifTrack& track : tracks) {
         if (track.samples.size() == track.tileCount()) continue;
-        __android_log_print(ANDROID_LOG_ERROR, kTag, "stop: %zu of %zu tiles lack, nothing is written",
-                            track.tileCount() - track.samples.size(), track.tileCount());
+        ALOGE("stop: %zu of %zu tiles missing, nothing is written", track.tileCount() - track.samples.size(),
+              track.tileCount());
         return ERROR_MALFORMED;
     }
     uint64_t start = 0;
-    if (!sink->begin(start)) return refuse(ERROR_IO, "stop", sink->error().c_str());
+    if (!sink->begin(&start)) return refuse(ERROR_IO, "stop", sink->error().c_str());
     const HeifContents contents = buildHeifContents(tracks, metadata, clockwiseDegrees);
     const auto layout = layOutHeif(contents, start);
-    if (!layout) return refuse(ERROR_MALFORMED, "stop", "the image is beyond what the file format holds");
+    if (!layout) return refuse(ERROR_MALFORMED, "stop", "the image is too large for the file format");
     if (writeLayout(*layout, start)) return OK;
     sink->rollBack();
     return refuse(ERROR_IO, "stop", sink->error().c_str());
@@ -123,9 +123,9 @@ bool MediaMuxer::State::writeLayout(const HeifLayout& layout, uint64_t start) {
 
 MediaMuxer* MediaMuxer::create(int fd, OutputFormat format) {
     if (Faults::instance().statusAt("MediaMuxer::create")) return nullptr;
-    if (format != OUTPUT_FORMAT_HEIF) return refuseCreation("only HEIF is written here");
+    if (format != OUTPUT_FORMAT_HEIF) return refuseCreation("only HEIF is supported");
     std::string problem;
-    auto sink = FileSink::open(fd, problem);
+    auto sink = FileSink::open(fd, &problem);
     if (!sink) return refuseCreation(problem.c_str());
     auto state = std::make_unique<State>();
     state->sink = std::move(sink);
@@ -142,7 +142,7 @@ ssize_t MediaMuxer::addTrack(const sp<AMessage>& format) {
     std::lock_guard<std::mutex> guard(mState->lock);
     if (mState->phase != Phase::kInitialized) return refuse(INVALID_OPERATION, "addTrack", "only before start");
     std::string problem;
-    auto track = makeHeifTrack(format, problem);
+    auto track = makeHeifTrack(format, &problem);
     if (!track) return refuse(BAD_VALUE, "addTrack", problem.c_str());
     if (mState->itemCount() + track->itemCount() > kMaxHeifItems) {
         return refuse(BAD_VALUE, "addTrack", "too many tiles for one file");
@@ -185,9 +185,9 @@ status_t MediaMuxer::writeSampleData(const sp<ABuffer>& buffer, size_t trackInde
     if (buffer == nullptr) return refuse(BAD_VALUE, "writeSampleData", "no buffer");
     if (trackIndex >= mState->tracks.size()) return refuse(BAD_VALUE, "writeSampleData", "no such track");
     if (flags & BUFFER_FLAG_MUXER_DATA) return mState->addMetadata(viewOf(buffer));
-    if (flags & BUFFER_FLAG_CODEC_CONFIG) return OK;  // the track's csd-0 said it already
+    if (flags & BUFFER_FLAG_CODEC_CONFIG) return OK;  // the track's csd-0 has it already
     if (!(flags & BUFFER_FLAG_SYNC_FRAME)) return refuse(BAD_VALUE, "writeSampleData", "not a sync frame");
-    return mState->addTile(mState->tracks[trackIndex], viewOf(buffer));
+    return mState->addTile(viewOf(buffer), &mState->tracks[trackIndex]);
 }
 
 status_t MediaMuxer::stop() {

@@ -12,8 +12,8 @@ std::string_view trimmed(std::string_view text) {
     return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
-/** Cuts the text in front of the separator off `rest`. */
-std::string_view takeUntil(std::string_view* rest, char separator) {
+/** Removes the text before the separator from `rest` and returns it. */
+std::string_view takeUntil(char separator, std::string_view* rest) {
     const size_t end = rest->find(separator);
     const std::string_view taken = rest->substr(0, end);
     *rest = end == std::string_view::npos ? std::string_view() : rest->substr(end + 1);
@@ -21,7 +21,7 @@ std::string_view takeUntil(std::string_view* rest, char separator) {
 }
 
 struct Property {
-    std::string_view key;  // empty: this is no property
+    std::string_view key;  // empty if this is not a property
     std::string_view value;
 };
 
@@ -36,7 +36,7 @@ Property parseProperty(std::string_view text) {
 std::map<std::string, std::string> parseBuildProp(std::string_view text) {
     std::map<std::string, std::string> properties;
     while (!text.empty()) {
-        const Property property = parseProperty(takeUntil(&text, '\n'));
+        const Property property = parseProperty(takeUntil('\n', &text));
         if (property.key.empty() || property.key.front() == '#') continue;
         properties[std::string(property.key)] = property.value;
     }
@@ -46,7 +46,7 @@ std::map<std::string, std::string> parseBuildProp(std::string_view text) {
 std::optional<std::string> findOverride(std::string_view overrides, std::string_view key) {
     std::optional<std::string> value;
     while (!overrides.empty()) {
-        const Property property = parseProperty(takeUntil(&overrides, ','));
+        const Property property = parseProperty(takeUntil(',', &overrides));
         if (!property.key.empty() && property.key == key) value = property.value;
     }
     return value;
