@@ -7,12 +7,8 @@
 
 #include <algorithm>
 #include <string>
-#include <type_traits>
-#include <vector>
 
 namespace quill::fuzz {
-
-using Bytes = std::vector<uint8_t>;
 
 /** Ends the process, which is what a fuzzer takes for a finding, unless `property` holds. */
 inline void require(bool holds, const char* property) {
@@ -21,52 +17,28 @@ inline void require(bool holds, const char* property) {
     abort();
 }
 
-/** A fuzzer's input as numbers and bytes, from its front to its end. Once it is spent, every number is the lowest. */
+/** A fuzzer's input as numbers and bytes, from its front to its end. Once it is spent, every number is 0. */
 class ByteSource {
   public:
     ByteSource(const uint8_t* data, size_t size) : mNext(data), mLeft(size) {}
 
     bool isSpent() const { return mLeft == 0; }
-
-    /** From `low` to `high`, both included, out of as few bytes as that takes. */
-    template <typename T>
-    T number(T low, T high) {
-        static_assert(std::is_integral_v<T>, "whole numbers only");
-        const uint64_t range = static_cast<uint64_t>(high) - static_cast<uint64_t>(low);
-        uint64_t value = 0;
-        for (uint64_t rest = range; rest > 0; rest >>= 8) value = value << 8 | byte();
-        if (range != UINT64_MAX) value %= range + 1;
-        return static_cast<T>(static_cast<uint64_t>(low) + value);
+    /** Below 256. */
+    int32_t byte() { return mLeft == 0 ? 0 : (--mLeft, *mNext++); }
+    /** Below 65536. */
+    int32_t number() {
+        const int32_t high = byte();
+        return high << 8 | byte();
     }
-
-    bool flag() { return (byte() & 1) != 0; }
-
-    template <typename T, size_t kCount>
-    const T& oneOf(const T (&choices)[kCount]) {
-        return choices[number<size_t>(0, kCount - 1)];
-    }
-
     /** Up to `count` bytes; fewer at the end of the input. */
-    Bytes bytes(size_t count) {
+    std::string bytes(size_t count) {
         const size_t taken = std::min(count, mLeft);
-        const uint8_t* const begin = mNext;
         mNext += taken;
         mLeft -= taken;
-        return Bytes(begin, begin + taken);
-    }
-
-    std::string text(size_t count) {
-        const Bytes taken = bytes(count);
-        return std::string(taken.begin(), taken.end());
+        return {reinterpret_cast<const char*>(mNext) - taken, taken};
     }
 
   private:
-    uint8_t byte() {
-        if (mLeft == 0) return 0;
-        --mLeft;
-        return *mNext++;
-    }
-
     const uint8_t* mNext;
     size_t mLeft;
 };

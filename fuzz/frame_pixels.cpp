@@ -10,8 +10,8 @@ using namespace quill::fuzz;
 namespace {
 
 /** With odd sides there is half a pair a row and half a row more than in a camera's frame. */
-size_t nv12Bytes(const FrameGeometry& g) {
-    const size_t width = static_cast<size_t>(g.stride), rows = static_cast<size_t>(g.sliceHeight);
+int64_t nv12Bytes(const FrameGeometry& g) {
+    const int64_t width = g.stride, rows = g.sliceHeight;
     return width * rows + (width + 1) * ((rows + 1) / 2) + 1;
 }
 
@@ -24,26 +24,22 @@ void convert(const CameraFrame& frame, uint8_t* nv12) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    constexpr int32_t kLargestSide = 90;
     ByteSource script(data, size);
-    const CameraFrame frame(script, kLargestSide);
+    const CameraFrame frame(script);
     if (frame.bytes == nullptr) return 0;
     const FrameGeometry& g = frame.geometry;
-    const ThumbnailSize small{2 * script.number(1, 20), 2 * script.number(1, 20)};
-    static TailBlock thumbnails(4096), frames(kLargestFrame);
-    uint8_t* const thumbnail = thumbnails.last(static_cast<size_t>(small.yuvBytes()));
+    const ThumbnailSize small{2 * (1 + script.byte() % 16), 2 * (1 + script.byte() % 16)};
+    static TailBlock thumbnails(4096), frames(4 * CameraFrame::kLargest);
+    uint8_t* const thumbnail = thumbnails.last(small.yuvBytes());
 
     if (frame.format.hasVBeforeU) swapChromaPairs(frame.bytes, g);
     sampleThumbnail(frame.bytes, frame.format, g, small, thumbnail);
-    if (nv12Bytes(g) <= kLargestFrame) {
-        uint8_t* const nv12 = frames.last(nv12Bytes(g));
-        convert(frame, nv12);
-        downscaleNv12(nv12, g, small, thumbnail);
-    }
-    if (script.number(0, 63) == 63) {
-        uint8_t jpeg[4096];
-        const int bytes = compressThumbnail(thumbnail, small, jpeg, sizeof(jpeg));
-        require(bytes == -1 || (bytes > 4 && jpeg[0] == 0xFF && jpeg[bytes - 1] == 0xD9), "a whole JPEG");
-    }
+    uint8_t* const nv12 = frames.last(nv12Bytes(g));
+    convert(frame, nv12);
+    downscaleNv12(nv12, g, small, thumbnail);
+    if (script.byte() != 1) return 0;
+    uint8_t jpeg[4096];
+    const int bytes = compressThumbnail(thumbnail, small, jpeg, sizeof(jpeg));
+    require(bytes == -1 || (bytes > 4 && jpeg[0] == 0xFF && jpeg[bytes - 1] == 0xD9), "a whole JPEG");
     return 0;
 }
