@@ -3,8 +3,8 @@
 #include <media/stagefright/MediaCodecList.h>
 
 #include "ByteSource.h"
+#include "CodecsXml.h"
 #include "HeicEncoderInfoManager.h"
-#include "codec/CodecsXml.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 
 #include "Clock.h"
 #include "Faults.h"
-#include "support/Shot.h"
+#include "support/Photograph.h"
 #include "support/TestDevice.h"
 
 namespace {
@@ -19,12 +19,10 @@ using quill::host::Clock;
 using quill::host::Fault;
 using quill::host::Faults;
 
-constexpr char kDone[] = "D/QuillHeifWriter: kWhatProcessInputFrameNotify done";
+constexpr double kImpatient = 0.02;  // the two seconds that the library waits for a codec that hangs
 constexpr char kRefused[] = "E/QuillHeifWriter: The encoder has had its one frame; the next one takes another writer";
-const Scene kArray{"array", "", FORMAT_NV21, false, false};
-const Scene kBitmap{"bitmap", "", FORMAT_RGBA8888, true, true};
-
-bool isMade(const char* call, int occurrence = 1) { return Faults::instance().occurrences()[call] >= occurrence; }
+const PhotoCase kArray{"array", "", FORMAT_NV21, false, false};
+const PhotoCase kBitmap{"bitmap", "", FORMAT_RGBA8888, true, true};
 
 /** An app whose writer has given up on a frame while the looper stands in `call`. */
 struct LateFrame : testing::Test {
@@ -34,9 +32,9 @@ struct LateFrame : testing::Test {
         Clock::instance().setScale(1);
     }
 
-    App& giveUp(const Scene& scene, const char* call) {
+    App& giveUp(const PhotoCase& photo, const char* call) {
         Faults::instance().inject(call, Fault::stalling());
-        app = std::make_unique<App>(scene);
+        app = std::make_unique<App>(photo);
         app->setUp();
         EXPECT_EQ(-1, writeHurried(*app, log, [call] { return isMade(call); }));
         EXPECT_TRUE(app->holdsNothing());
@@ -46,7 +44,7 @@ struct LateFrame : testing::Test {
     void goOn() {
         Clock::instance().setScale(1);
         Faults::instance().release();
-        EXPECT_TRUE(log.waitFor(kDone));
+        EXPECT_TRUE(log.waitFor(kLooperDone));
     }
 
     LogCapture log;
@@ -106,7 +104,7 @@ TEST_F(LateFrame, SecondFrameIsRefusedAtOnceAndHoldsNothing) {
 
 TEST_F(LateFrame, PacketOfALaterCallIsNotItsOwn) {
     App& late = giveUp({"still, then live", "", FORMAT_NV12, false, false}, "MediaMuxer::start");
-    late.scene.live = true;
+    late.photo.live = true;
     EXPECT_EQ(-1, late.write());
     goOn();
     late.destroy();

@@ -12,7 +12,7 @@
 
 #include "Clock.h"
 #include "support/FileCalls.h"
-#include "support/Shot.h"
+#include "support/Photograph.h"
 #include "support/TestDevice.h"
 
 // Where the program's code lies, as its linker says it.
@@ -79,8 +79,8 @@ void onPoll() {
 }
 
 /** Fails the `nth` allocation of a photograph; false if it has fewer. */
-bool photographWithout(int nth, const Scene& scene) {
-    App app(scene);
+bool photographWithout(int nth, const PhotoCase& photo) {
+    App app(photo);
     app.array.assign({app.frame().bytes.begin(), app.frame().bytes.end() - 1});  // to be completed in a copy
     const FileCalls calls(onPoll);
     const Holdings before = Holdings::now();
@@ -97,7 +97,7 @@ bool photographWithout(int nth, const Scene& scene) {
     EXPECT_EQ(0, leaked.threads) << nth;
     EXPECT_EQ(0, leaked.descriptors) << nth;
     EXPECT_TRUE(app.holdsNothing()) << nth;
-    EXPECT_EQ(result == 0 ? (scene.live ? " still mpvd gain qext" : " still") : " as it was", app.fileText()) << nth;
+    EXPECT_EQ(result == 0 ? (photo.live ? " still mpvd gain qext" : " still") : " as it was", app.fileText()) << nth;
     return failed;
 }
 
@@ -105,12 +105,12 @@ TEST(NoMemory, EveryAllocationOfAPhotographMayFail) {
     __android_log_set_logger(noteEnd);
     setenv("QUILL_DEVICE", "vendor-qti", 1);
     setProperties("debug.quill.host.encoder=free");
-    for (const Scene& scene :
-         {Scene{"array", "", FORMAT_NV12, true, false}, {"bitmap", "", FORMAT_RGBA8888, true, true}}) {
-        photographWithout(1 << 30, scene);  // what is allocated once a process is there then
+    for (const PhotoCase& photo :
+         {PhotoCase{"array", "", FORMAT_NV12, true, false}, {"bitmap", "", FORMAT_RGBA8888, true, true}}) {
+        photographWithout(1 << 30, photo);  // what is allocated once a process is there then
         int nth = 1;
-        while (photographWithout(nth, scene)) ++nth;
-        EXPECT_LT(20, nth) << scene.name;
+        while (photographWithout(nth, photo)) ++nth;
+        EXPECT_LT(20, nth) << photo.name;
     }
 }
 

@@ -9,7 +9,7 @@
 
 #include "Clock.h"
 #include "support/HeifReader.h"
-#include "support/Shot.h"
+#include "support/Photograph.h"
 #include "support/Still.h"
 #include "support/TestDevice.h"
 

@@ -46,10 +46,10 @@ void fill(const TemporaryFile& file, const Bytes& bytes) {
 }
 
 /** Made once a process, format and size. */
-const CameraFrame& frameOf(const Scene& scene) {
+const CameraFrame& frameOf(const PhotoCase& photo) {
     static std::map<std::pair<int, int>, CameraFrame> frames;
-    CameraFrame& frame = frames[{scene.format, scene.width}];
-    if (frame.bytes.empty()) frame = makeFrame(scene.format, {scene.width, kRows, scene.width, kRows});
+    CameraFrame& frame = frames[{photo.format, photo.width}];
+    if (frame.bytes.empty()) frame = makeFrame(photo.format, {photo.width, kRows, photo.width, kRows});
     return frame;
 }
 
@@ -60,7 +60,7 @@ bool isAll(const FakeVm::Array& array, uint8_t value) {
 
 }  // namespace
 
-App::App(const Scene& shown) : scene(shown), mBitmap(shown.width, kRows, frame().bytes) {
+App::App(const PhotoCase& shown) : photo(shown), mBitmap(shown.width, kRows, frame().bytes) {
     fill(output, kHeldBefore);
     fill(video, Bytes(kVideoBytes, 'v'));
     fill(gainMap, Bytes(kGainMapBytes, 'g'));
@@ -77,7 +77,7 @@ App::App(const Scene& shown) : scene(shown), mBitmap(shown.width, kRows, frame()
     JNI_OnLoad(java.vm(), nullptr);
 }
 
-const CameraFrame& App::frame() const { return frameOf(scene); }
+const CameraFrame& App::frame() const { return frameOf(photo); }
 
 void App::setUp() {
     mHandle = nativeSetup(java.env(), self());
@@ -86,7 +86,7 @@ void App::setUp() {
 
 void App::create() {
     const Geometry& g = frame().geometry;
-    nativeCreate(java.env(), self(), mHandle, g.width, g.height, g.stride, g.sliceHeight, scene.format, 90, 90);
+    nativeCreate(java.env(), self(), mHandle, g.width, g.height, g.stride, g.sliceHeight, photo.format, 90, 90);
 }
 
 long App::write() {
@@ -96,8 +96,8 @@ long App::write() {
     const jobject asked = FakeVm::asJava(&mOptions);
     JNIEnv* const env = java.env();
     const jlong result =
-            scene.bitmap ? nativeCreateLivePhotoByBmp(env, self(), mHandle, FakeVm::asJava(&mBitmap), block, fd, asked)
-            : scene.live ? nativeCreateLivePhoto(env, self(), mHandle, pixels, block, fd, asked)
+            photo.bitmap ? nativeCreateLivePhotoByBmp(env, self(), mHandle, FakeVm::asJava(&mBitmap), block, fd, asked)
+            : photo.live ? nativeCreateLivePhoto(env, self(), mHandle, pixels, block, fd, asked)
                          : nativeProcessHeicPhotoFrame(env, self(), mHandle, pixels, block, fd);
     java.exceptionPending = false;  // it has reached the app
     return result;

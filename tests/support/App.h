@@ -10,7 +10,7 @@
 namespace quill::test {
 
 /** One way through the library: which input path of the encoder, and what is written. */
-struct Scene {
+struct PhotoCase {
     const char* name;
     std::string device;
     android::InputColorFormat format;
@@ -22,7 +22,7 @@ struct Scene {
 /** A camera app with one writer, one photograph and its file, on one thread. The EXIF block wants a thumbnail. */
 class App {
   public:
-    explicit App(const Scene& shown);
+    explicit App(const PhotoCase& shown);
 
     // The native methods.
     void setUp();
@@ -41,7 +41,7 @@ class App {
 
     const CameraFrame& frame() const;
 
-    Scene scene;
+    PhotoCase photo;
     FakeVm java;
     const TemporaryFile output, video, gainMap;
     FakeVm::Object outputFd;
