@@ -1,0 +1,74 @@
+// What is lent, taken, given back and revoked: every order of steps against two flags, and the wait across threads.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
+
+#include "Lease.h"
+
+namespace {
+
+using namespace android;
+
+TEST(Lease, EveryOrderOfStepsIsThatOfTwoFlags) {
+    constexpr int kTake = 0, kGiveBack = 1, kSteps = 3, kLength = 7, kOrders = 2187;  // 3 to the seventh
+    for (int order = 0; order < kOrders; ++order) {
+        Lease lease;
+        bool inUse = false, revoked = false;
+        for (int i = 0, rest = order; i < kLength; ++i, rest /= kSteps) {
+            if (rest % kSteps == kTake) {
+                EXPECT_EQ(!inUse && !revoked, lease.take()) << order;
+                inUse = inUse || !revoked;
+            } else if (rest % kSteps == kGiveBack) {
+                lease.giveBack();
+                inUse = false;
+            } else {
+                EXPECT_EQ(inUse, lease.revoke()) << order;
+                revoked = true;
+            }
+            EXPECT_EQ(inUse, lease.isInUse()) << order;
+            EXPECT_EQ(revoked, lease.isRevoked()) << order;
+            if (!inUse) lease.awaitReturn();
+        }
+    }
+}
+
+TEST(Lease, LoanGivesBackWhatItHasTakenAndNothingElse) {
+    Lease lease;
+    {
+        const Loan loan(lease);
+        EXPECT_TRUE(loan);
+        EXPECT_FALSE(Loan(lease));
+        EXPECT_TRUE(lease.isInUse()) << "the first one's still";
+    }
+    EXPECT_FALSE(lease.isInUse());
+    EXPECT_FALSE(lease.revoke());
+    EXPECT_FALSE(Loan(lease));
+}
+
+TEST(Lease, OwnerHasTheThingToItselfOnceItIsReturned) {
+    constexpr int kRounds = 300, kOwners = -1;
+    for (int round = 0; round < kRounds; ++round) {
+        Lease lease;
+        int lent = 0;  // no atomic: the lease orders what is done with it
+        std::atomic<bool> taken{false};
+        std::thread borrower([&] {
+            for (;;) {
+                const Loan loan(lease);
+                if (!loan) return;
+                taken = true;
+                while (round % 2 == 0 && !lease.isRevoked()) std::this_thread::yield();
+                lent = round;
+            }
+        });
+        while (!taken) std::this_thread::yield();
+        const bool wasInUse = lease.revoke();
+        lease.awaitReturn();
+        EXPECT_TRUE(round % 2 != 0 || (wasInUse && lent == round)) << "back before the owner went on";
+        lent = kOwners;
+        borrower.join();
+        EXPECT_EQ(kOwners, lent);
+    }
+}
+
+}  // namespace
