@@ -17,10 +17,7 @@ std::vector<CodecEntry> gCodecs;
 /** The platform's list of the input's codecs. */
 class GeneratedList : public BnMediaCodecList {
   public:
-    size_t countCodecs() const override { return gCodecs.size(); }
     sp<MediaCodecInfo> getCodecInfo(size_t index) const override { return new MediaCodecInfo(gCodecs.at(index)); }
-    const sp<AMessage> getGlobalSettings() const override { return nullptr; }
-    ssize_t findCodecByName(const char*) const override { return NAME_NOT_FOUND; }
     ssize_t findCodecByType(const char* type, bool /* encoder */, size_t start) const override {
         for (size_t i = start; i < gCodecs.size(); ++i) {
             if (gCodecs[i].types[0].mime == type) return static_cast<ssize_t>(i);

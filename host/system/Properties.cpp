@@ -1,4 +1,5 @@
 #include <cutils/properties.h>
+#include <errno.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -20,6 +21,28 @@ namespace {
 
 using PropertyMap = std::map<std::string, std::string>;
 
+struct State {
+    std::mutex lock;
+    PropertyMap set;
+    std::map<std::string, PropertyMap> devices;  // by folder
+};
+
+State& state() {
+    static State* const kept = new State;  // outlives every thread that may still ask at exit
+    return *kept;
+}
+
+std::optional<std::string> find(const PropertyMap& properties, const std::string& key) {
+    const auto found = properties.find(key);
+    if (found == properties.end()) return std::nullopt;
+    return found->second;
+}
+
+std::optional<std::string> findSet(const std::string& key) {
+    const std::lock_guard<std::mutex> guard(state().lock);
+    return find(state().set, key);
+}
+
 std::optional<std::string> findInEnvironment(const std::string& key) {
     const char* const overrides = getenv("QUILL_PROPERTIES");
     if (overrides == nullptr) return std::nullopt;
@@ -32,25 +55,21 @@ PropertyMap readBuildProp(const std::string& folder) {
 }
 
 std::optional<std::string> findOnDevice(const std::string& key) {
-    static std::mutex lock;
-    static auto* const devices =
-            new std::map<std::string, PropertyMap>;  // by folder; for threads that outlive main too
     const std::string folder = deviceFolder();
-    const std::lock_guard<std::mutex> guard(lock);
-    auto device = devices->find(folder);
-    if (device == devices->end()) device = devices->emplace(folder, readBuildProp(folder)).first;
-    const auto found = device->second.find(key);
-    if (found == device->second.end()) return std::nullopt;
-    return found->second;
+    const std::lock_guard<std::mutex> guard(state().lock);
+    auto device = state().devices.find(folder);
+    if (device == state().devices.end()) device = state().devices.emplace(folder, readBuildProp(folder)).first;
+    return find(device->second, key);
 }
 
 /**
- * The environment variable QUILL_PROPERTIES, read at every call, overrides the device's build.prop. An unset, an empty
- * and an unreadable property are all the same to a client: empty.
+ * What the process has set comes first, then the environment variable QUILL_PROPERTIES, read at every call, then the
+ * device's build.prop. An unset, an empty and an unreadable property are all the same to a client: empty.
  */
 std::string valueOf(const char* key) {
     if (key == nullptr || Faults::instance().at("property_get")) return "";
-    std::optional<std::string> value = findInEnvironment(key);
+    std::optional<std::string> value = findSet(key);
+    if (!value) value = findInEnvironment(key);
     if (!value) value = findOnDevice(key);
     return value.value_or("");
 }
@@ -66,4 +85,12 @@ int property_get(const char* key, char* value, const char* default_value) {
     memcpy(value, text.data(), length);
     value[length] = '\0';
     return static_cast<int>(length);
+}
+
+int property_set(const char* key, const char* value) {
+    const std::string text = value == nullptr ? "" : value;
+    if (key == nullptr || *key == '\0' || text.size() >= PROPERTY_VALUE_MAX) return -EINVAL;
+    const std::lock_guard<std::mutex> guard(quill::host::state().lock);
+    quill::host::state().set[key] = text;
+    return 0;
 }

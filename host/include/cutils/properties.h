@@ -15,6 +15,9 @@ extern "C" {
  */
 int property_get(const char* key, char* value, const char* default_value);
 
+/** For this process only, read-only properties too. 0, or negative if the key is empty or the value too long. */
+int property_set(const char* key, const char* value);
+
 #ifdef __cplusplus
 }
 #endif
