@@ -17,7 +17,7 @@ double stretch() {
     return asked > 0.0 ? asked : 1.0;
 }
 
-/** From `origin` on, this clock has run `originUs` and goes at 1 / `wallPerUs`, which has the stretch in it. */
+/** At `origin` this clock stood at `originUs`; since then it runs at 1 / `wallPerUs`, which includes the stretch. */
 struct Pace {
     std::mutex lock;
     Wall::time_point origin = Wall::now();
@@ -30,7 +30,7 @@ struct Pace {
 };
 
 Pace& pace() {
-    static Pace* const kept = new Pace;  // outlives every thread that may still wait at exit
+    static Pace* const kept = new Pace;  // never destroyed: threads may wait at exit
     return *kept;
 }
 
@@ -43,7 +43,7 @@ Clock& Clock::instance() {
 
 void Clock::setScale(double wallPerMicrosecond) {
     const std::lock_guard<std::mutex> guard(pace().lock);
-    pace().originUs = pace().nowUs();  // time goes on from where it is
+    pace().originUs = pace().nowUs();  // no jump in time
     pace().origin = Wall::now();
     pace().wallPerUs = wallPerMicrosecond * stretch();
 }
@@ -58,7 +58,7 @@ int64_t Clock::nowUs() const {
     return static_cast<int64_t>(pace().nowUs());
 }
 
-// The system's timers make some fifty microseconds of the shortest sleep.
+// Below a microsecond it only yields, because the system's timers are coarser.
 void Clock::sleepUs(int64_t microseconds) const {
     const std::chrono::nanoseconds wall = toWall(microseconds);
     if (wall < std::chrono::microseconds(1)) return std::this_thread::yield();

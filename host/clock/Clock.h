@@ -8,29 +8,28 @@
 namespace quill::host {
 
 /**
- * The one clock that every wait of the stand-in goes through, the process's `usleep` included.
+ * The one clock of the stand-in. All its waits go through it, and so does the process's `usleep`.
  *
- * A test stretches or shrinks time with `setScale`: at 0.001 a wait of 10 s takes 10 ms, at 10 a poll
- * of 2 ms takes 20 ms. The environment's QUILL_CLOCK_STRETCH stretches every scale once more, for processes that
- * something slows down as a whole. All times given and returned are microseconds of this clock, not of the wall.
- * Thread-safe.
+ * A test stretches or shrinks time with `setScale`: at 0.001 a wait of 10 s takes 10 ms, at 10 a poll of 2 ms takes
+ * 20 ms. QUILL_CLOCK_STRETCH in the environment multiplies every scale, for processes that run slower as a whole. All
+ * times are microseconds of this clock, not of real time. Thread-safe.
  */
 class Clock {
   public:
     static Clock& instance();
 
-    /** Wall microseconds per microsecond of this clock; 1 is real time. */
+    /** Real microseconds per microsecond of this clock; 1 is real time. */
     void setScale(double wallPerMicrosecond);
-    /** As set, stretched: what a wait by other means than this clock has to be multiplied by. */
+    /** The scale, stretched: the factor for a wait that does not go through this clock. */
     double scale() const;
 
-    /** Monotonic; its zero is of no meaning. */
+    /** Monotonic, from an arbitrary zero. */
     int64_t nowUs() const;
     void sleepUs(int64_t microseconds) const;
 
     /**
-     * Waits on `condition` until `ready()` or the time-out; a negative time-out waits for ever.
-     * Returns what `ready()` said last. `lock` is held on entry and on return.
+     * Waits on `condition` until `ready()` or the time-out; a negative time-out waits without limit. Returns the last
+     * result of `ready()`. `lock` is held on entry and on return.
      */
     template <typename Ready>
     bool waitFor(std::condition_variable& condition, std::unique_lock<std::mutex>& lock, int64_t timeoutUs,

@@ -35,7 +35,7 @@ constexpr AttributeRow kAttributes[] = {
         {"hardware-accelerated", MediaCodecInfo::kFlagIsHardwareAccelerated},
 };
 
-/** How an attribute of a <Limit> element extends the name of the detail. */
+/** The suffix that an attribute of a <Limit> element adds to the name of the detail. */
 struct LimitRow {
     const char* attribute;
     const char* suffix;
@@ -86,7 +86,7 @@ int32_t readAttributes(const XMLElement& codec) {
     return flags;
 }
 
-/** One type as an attribute of the codec, or several as <Type> children. */
+/** The type is an attribute of the codec, or there are several as <Type> children. */
 std::vector<CodecType> readTypes(const XMLElement& codec) {
     std::vector<CodecType> types;
     if (const char* const mime = codec.Attribute("type")) {

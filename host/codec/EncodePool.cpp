@@ -16,7 +16,7 @@ namespace quill::host {
 
 namespace {
 
-/** Coded pictures, beyond those of a whole image, that nobody asked for yet: then the workers rest. */
+/** The workers pause when more coded pictures than a whole image and these are waiting to be polled. */
 constexpr size_t kUnclaimedPictures = 8;
 
 size_t workerCount(const CodecConfig& config) {
@@ -29,7 +29,7 @@ size_t workerCount(const CodecConfig& config) {
 EncodePool::EncodePool(const CodecConfig& config, std::function<void()> onProgress)
         : mConfig(config), mMatrix(config.aspects), mOnProgress(std::move(onProgress)), mBitDepth(config.bitDepth) {
     const size_t workers = workerCount(config);
-    // A client may draw a whole image on its surface before it asks for the first tile, from one thread.
+    // From one thread, a client may draw a whole image on its surface before it asks for the first tile.
     mMaxUnclaimed = workers + static_cast<size_t>(config.pictureCount()) + kUnclaimedPictures;
     try {
         for (size_t i = 0; i < workers; ++i) {
@@ -37,8 +37,8 @@ EncodePool::EncodePool(const CodecConfig& config, std::function<void()> onProgre
             pthread_setname_np(mWorkers.back().native_handle(), "HevcEncode");
         }
     } catch (const std::system_error& error) {
-        ALOGE("%zu of %zu encoder threads: %s", mWorkers.size(), workers, error.what());
-        mFailed = mWorkers.empty();  // no call back: whoever makes a pool holds its lock
+        ALOGE("Started %zu of %zu encoder threads: %s", mWorkers.size(), workers, error.what());
+        mFailed = mWorkers.empty();  // no callback: the caller holds its own lock
     }
 }
 
@@ -92,7 +92,7 @@ void EncodePool::work() {
     }
 }
 
-/** The next picture to code, or null when the pool stops. */
+/** The next picture to code; null if the pool stops. */
 std::shared_ptr<EncodePool::Entry> EncodePool::take() {
     std::unique_lock<std::mutex> guard(mLock);
     for (;;) {
@@ -126,12 +126,12 @@ std::unique_ptr<HevcEngine> EncodePool::openEngine() {
     return engine;
 }
 
-/** False when the encoder failed. */
+/** False if the encoder failed. */
 bool EncodePool::code(HevcEngine* engine, Entry* entry) {
     thread_local PlanarPicture planar;
     if (engine->readsPictures()) toPlanar(*entry->job.picture, mMatrix, &planar);
     entry->job.release();
-    mOnProgress();  // whoever waits for the input's memory can have it back
+    mOnProgress();  // the input's memory is free again
     std::vector<uint8_t>* const coded = &entry->result.bytes;
     return mConfig.constantQuality ? engine->encode(planar, std::nullopt, coded) : codeToBudget(engine, planar, coded);
 }
@@ -147,7 +147,7 @@ bool EncodePool::codeToBudget(HevcEngine* engine, const PlanarPicture& planar, s
 }
 
 void EncodePool::finish(Entry* entry) {
-    entry->job.release = nullptr;  // and with it the input's memory
+    entry->job.release = nullptr;  // frees the input's memory too
     {
         const std::lock_guard<std::mutex> guard(mLock);
         entry->progress = Progress::kDone;

@@ -24,31 +24,30 @@ struct CodedPicture {
 /** One picture to code, or the end of the stream. */
 struct EncodeJob {
     std::optional<SourcePicture> picture;  ///< nothing for the end of the stream
-    std::function<void()> release;         ///< called on a worker's thread when `picture` is not read any more
+    std::function<void()> release;         ///< called on a worker's thread once `picture` has been read
     int64_t timeUs = 0;
 };
 
 /**
- * Codes pictures on as many threads as there are cores, and gives them back in the order they came in.
+ * Codes pictures on all cores and returns them in input order. Thread-safe.
  *
- * The tiles of a grid are coded side by side, one thread and one engine each. Without a grid
- * there is one picture to wait for, and one engine spreads it over all cores: half the time on two.
- * Thread-safe.
+ * The tiles of a grid are coded in parallel, each thread with an engine of its own. Without a grid there is one
+ * picture, and one engine spreads it over all cores.
  */
 class EncodePool {
   public:
     enum class Poll { kNothing, kPicture, kFailed };
 
-    /** `onProgress` is called on a worker's thread, outside every lock, when `poll` may have news. */
+    /** `onProgress` is called on a worker's thread, outside every lock, when the result of `poll` may have changed. */
     EncodePool(const CodecConfig& config, std::function<void()> onProgress);
-    /** Waits for the pictures being coded; drops all others. */
+    /** Waits for the pictures being coded and drops all others. */
     ~EncodePool();
 
-    /** Calls nothing back; the end of the stream may be there to poll at once. */
+    /** Does not call back, although an end of the stream can be polled at once. */
     void submit(EncodeJob job);
-    /** The next picture in order; kFailed for ever once an engine could not be opened. */
+    /** The next picture in order; always kFailed after an engine has failed. */
     Poll poll(CodedPicture* picture);
-    /** Of the stream; empty until the first picture came out of `poll`. */
+    /** The stream's parameter sets; empty until `poll` has returned the first picture. */
     std::vector<uint8_t> parameterSets();
 
   private:
@@ -75,7 +74,7 @@ class EncodePool {
     std::mutex mLock;
     std::condition_variable mWork;
     std::deque<std::shared_ptr<Entry>> mEntries;  // in order, until polled
-    std::optional<int> mBitDepth;                 // of the stream: the profile's, or the first picture's
+    std::optional<int> mBitDepth;                 // the profile's, or else the first picture's
     std::vector<uint8_t> mParameterSets;
     bool mStopping = false;
     bool mFailed = false;

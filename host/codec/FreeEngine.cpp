@@ -25,7 +25,7 @@ struct GreyPicture {
 PlanarPicture grey(const EngineSettings& settings) {
     PlanarPicture picture;
     picture.reshape(codedSize(settings.width), codedSize(settings.height), settings.bitDepth);
-    // 128 in 8 bits; in 10 bits both bytes of a little-endian 514, as near to the middle as equal bytes come.
+    // 128 in 8 bits. In 10 bits 514, the value nearest to the middle whose two bytes are equal.
     for (std::vector<uint8_t>& plane : picture.planes)
         std::fill(plane.begin(), plane.end(), settings.bitDepth > 8 ? 2 : 128);
     return picture;
@@ -33,7 +33,7 @@ PlanarPicture grey(const EngineSettings& settings) {
 
 std::optional<GreyPicture> codeGrey(const EngineSettings& settings) {
     EngineSettings quick = settings;
-    quick.preset = "ultrafast";  // a grey picture gains nothing from more work
+    quick.preset = "ultrafast";  // more work gains nothing here
     const std::unique_ptr<HevcEngine> engine = HevcEngine::open(quick);
     GreyPicture picture;
     if (engine == nullptr || !engine->encode(grey(settings), std::nullopt, &picture.coded)) return std::nullopt;
@@ -42,10 +42,11 @@ std::optional<GreyPicture> codeGrey(const EngineSettings& settings) {
     return picture;
 }
 
-/** The one of this process; null when x265 does not take the settings. */
+/** The grey picture for these settings; null if x265 refuses them. */
 const GreyPicture* greyPictureFor(const EngineSettings& settings) {
     static std::mutex lock;
-    static std::list<GreyPicture>* const pictures = new std::list<GreyPicture>;  // outlives every encoder thread
+    static std::list<GreyPicture>* const pictures =
+            new std::list<GreyPicture>;  // never destroyed: encoder threads use it
     const std::lock_guard<std::mutex> guard(lock);
     for (const GreyPicture& picture : *pictures) {
         if (picture.fits(settings)) return &picture;

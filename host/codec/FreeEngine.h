@@ -6,13 +6,13 @@
 
 namespace quill::host {
 
-/** True when the property "debug.quill.host.encoder" is "free": pictures are to be coded by a `FreeEngine`. */
+/** True if the property "debug.quill.host.encoder" is "free": pictures are then coded by a free engine. */
 bool isEncodingFree();
 
 /**
- * An engine that costs nothing: whatever the picture, it gives one grey picture of the right size, depth and
- * colours, which any decoder takes. The grey picture is coded by x265 once per process and kind; `qp` and `preset`
- * say nothing to it. Null, with an error in the log, when x265 does not take the settings. Thread-safe.
+ * An engine that costs nothing. For every picture it returns the same grey picture of the right size, depth and
+ * colours, which x265 codes once per process for each set of settings; `qp` and `preset` are ignored. Null, with an
+ * error in the log, if x265 refuses the settings. Thread-safe.
  */
 std::unique_ptr<HevcEngine> openFreeEngine(const EngineSettings& settings);
 

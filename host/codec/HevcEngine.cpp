@@ -16,16 +16,16 @@ namespace {
 
 constexpr uint8_t kStartCode[] = {0, 0, 0, 1};
 
-/** NAL unit types below this one carry slices (ISO/IEC 23008-2, table 7-1). */
+/** NAL unit types below this one are slices (ISO/IEC 23008-2, table 7-1). */
 constexpr uint32_t kFirstNonSliceType = 32;
 
-/** Smooth areas get a little more than their share: banding shows before noise does. */
+/** Gives smooth areas, where banding shows, slightly more bits. */
 constexpr double kAdaptiveQuantStrength = 0.3;
 
 /** Quantiser offsets are given per block of this side; see `fractionOffsets`. */
 constexpr int kOffsetBlock = 16;
 
-/** 0 to `count` - 1, ordered so that any first few of them lie spread over the whole range. */
+/** 0 to `count` - 1, ordered so that the first few are always spread over the whole range. */
 std::vector<int> spreadOut(int count) {
     const auto reversed = [](int number) {
         uint32_t bits = 0;
@@ -39,9 +39,9 @@ std::vector<int> spreadOut(int count) {
 }
 
 /**
- * x265 quantises in whole steps. A fraction is made of them: that part of the picture's coding tree units
- * is coded one step coarser. Whole rows of them as far as possible, since each change along the way
- * costs bits, and rows spread over the picture, so that no half of it looks different.
+ * x265 quantises in whole steps. For a fraction of a step, that fraction of the coding tree units is coded one step
+ * coarser: whole rows as far as possible, because each change of quantiser costs bits, and spread over the picture, so
+ * that no part of it looks different.
  */
 std::vector<float> fractionOffsets(double qp, int width, int height, int unit) {
     const auto across = [](int size, int block) { return (size + block - 1) / block; };
@@ -63,7 +63,7 @@ std::vector<float> fractionOffsets(double qp, int width, int height, int unit) {
     return offsets;
 }
 
-/** x265 fills tables shared by all its encoders when it opens one. */
+/** x265 fills tables that all its encoders share when it opens one. */
 std::mutex gOpening;
 
 struct ParamFree {
@@ -78,7 +78,7 @@ struct EncoderClose {
 };
 using Encoder = std::unique_ptr<x265_encoder, EncoderClose>;
 
-/** Appends one NAL unit; x265 shortens the start codes of all but the first to three bytes. */
+/** Appends one NAL unit with a four-byte start code; x265 has three bytes in all but the first. */
 void appendNal(const x265_nal& nal, std::vector<uint8_t>* stream) {
     const uint8_t* const begin = nal.payload;
     const uint8_t* const end = begin + nal.sizeBytes;
@@ -93,7 +93,7 @@ void setGeometry(const EngineSettings& settings, x265_param* param) {
     param->internalCsp = X265_CSP_I420;
     param->fpsNum = 30;
     param->fpsDenom = 1;
-    // A picture must hold one coding tree unit at least.
+    // A picture must have at least one coding tree unit.
     while (param->maxCUSize > kMinCodedSize &&
            static_cast<int>(param->maxCUSize) > std::min(param->sourceWidth, param->sourceHeight)) {
         param->maxCUSize /= 2;
@@ -104,14 +104,14 @@ void setGeometry(const EngineSettings& settings, x265_param* param) {
 }
 
 void setIntraOnly(x265_param* param) {
-    // Every picture is asked to be an IDR picture, one by one. A key frame interval of 1 would do so too, but x265 then
-    // calls the stream Main Intra of the range extensions, which fewer decoders take than Main and Main 10.
+    // Each picture asks to be an IDR picture. A key frame interval of 1 would have the same effect, but x265 then marks
+    // the stream as Main Intra, a profile of the range extensions, in place of Main or Main 10.
     param->keyframeMax = -1;
     param->keyframeMin = 1;
     param->bOpenGOP = 0;
     param->bframes = 0;
     param->maxNumReferences = 1;
-    // Nothing may wait for the next picture: each one comes out of the call that takes it in.
+    // No delay: each picture comes out of the call that takes it in.
     param->lookaheadDepth = 0;
     param->lookaheadSlices = 0;
     param->scenecutThreshold = 0;
@@ -125,8 +125,8 @@ void setIntraOnly(x265_param* param) {
 }
 
 /**
- * Every picture names its quantiser, so that it never depends on the pictures coded before. The mode is
- * none the less constant rate factor: only with it does x265 heed offsets inside the picture.
+ * Every picture sets its own quantiser, so it never depends on earlier pictures. The mode is still constant rate
+ * factor, because x265 applies offsets inside a picture only in that mode.
  */
 void setRate(x265_param* param) {
     param->rc.rateControlMode = X265_RC_CRF;
@@ -135,7 +135,7 @@ void setRate(x265_param* param) {
     param->rc.aqStrength = kAdaptiveQuantStrength;
 }
 
-/** Without wavefronts x265 has no use for its pools and starts none; naming "none" would leak the name. */
+/** Without wavefronts x265 starts no thread pools. The pool name stays null, because x265 leaks it. */
 void setThreads(bool threaded, x265_param* param) {
     param->bEnableWavefront = threaded ? 1 : 0;
     param->numaPools = nullptr;
@@ -196,7 +196,7 @@ class X265Engine : public HevcEngine {
         coded->clear();
         x265_picture input = describe(picture);
         input.forceqp = qp.value_or(mQp) + 1;  // 0 would be x265's own choice
-        // Given with every picture or with none: x265 makes room for them at the first.
+        // With every picture or with none: x265 allocates memory for them at the first.
         input.quantOffsets = (qp ? mNoFraction : mFraction).data();
         x265_nal* nals = nullptr;
         uint32_t count = 0;
@@ -213,7 +213,7 @@ class X265Engine : public HevcEngine {
         x265_picture input;
         mApi->picture_init(mParam.get(), &input);
         for (int plane = 0; plane < 3; ++plane) {
-            // Only read, though x265 does not say so in its type.
+            // x265 only reads them.
             input.planes[plane] = const_cast<uint8_t*>(picture.planes[plane].data());
             input.stride[plane] = picture.planeWidth(plane) * static_cast<int>(picture.bytesPerSample());
         }

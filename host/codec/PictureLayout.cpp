@@ -7,7 +7,7 @@ namespace quill::host {
 
 namespace {
 
-/** Hardware encoders want this pitch and slice height, so clients lay their tiles out for it. */
+/** Pitch and slice height of input buffers are multiples of this, as clients lay their tiles out. */
 constexpr int kTileSide = 512;
 
 constexpr int kP010UnusedBits = 6;
@@ -26,7 +26,7 @@ size_t bytesPerLumaSample(SampleLayout layout) {
     }
 }
 
-/** Whole chroma samples of `size` luma samples; a single one has none, and borrows its neighbour. */
+/** Whole chroma samples of `size` luma samples, at least one. */
 int wholeChroma(int size) { return std::max(1, size / 2); }
 
 template <typename Sample>
@@ -106,7 +106,7 @@ void readP010(const SourcePicture& source, PlanarPicture* planar) {
     }
 }
 
-/** The weighted sum of `count` = 2^`countBits` pixels, averaged, rounded to nearest, clipped to a byte. */
+/** The weighted average of 2^`countBits` pixels whose sum is `rgb`, rounded to nearest and clipped to a byte. */
 uint8_t weigh(const int32_t (&factors)[3], const int32_t (&rgb)[3], int32_t offset, int countBits) {
     const int shift = RgbToYuv::kFractionBits + countBits;
     const int32_t sum = factors[0] * rgb[0] + factors[1] * rgb[1] + factors[2] * rgb[2];

@@ -9,7 +9,7 @@
 
 namespace quill::host {
 
-/** How a client lays out one picture. */
+/** The layout of a client's picture. */
 enum class SampleLayout {
     kI420,  ///< 8-bit Y, then U, then V; chroma pitch is half the luma pitch
     kNv12,  ///< 8-bit Y, then UV pairs at the luma pitch
@@ -29,13 +29,13 @@ struct SourcePicture {
     int sliceHeight;  ///< rows from the start of luma to the start of chroma
 };
 
-/** Width or height of the buffer that holds `size` rows or columns: buffers come in whole tiles of 512. */
+/** `size` rounded up to whole tiles of 512: width or height of an input buffer. */
 int alignedToTile(int size);
 
 /** Bytes of a buffer of `stride` x `sliceHeight` pixels. */
 size_t bufferBytes(SampleLayout layout, int stride, int sliceHeight);
 
-/** Bytes from the start of `picture` to the end of its last sample that `toPlanar` reads. */
+/** Bytes from the start of `picture` to the end of the last sample that `toPlanar` reads. */
 size_t bytesRead(const SourcePicture& picture);
 
 /** One 4:2:0 picture in three planes; 8-bit samples, or 16-bit ones when `bitDepth` is above 8. */
@@ -52,18 +52,18 @@ struct PlanarPicture {
     int planeHeight(int plane) const { return plane == 0 ? height : height / 2; }
 };
 
-/** The smallest coding tree unit, and with it the smallest picture that the encoder codes. */
+/** The smallest coding tree unit, and so the smallest picture that the encoder codes. */
 constexpr int kMinCodedSize = 16;
 
-/** Width or height at which a picture of `size` rows or columns is coded. */
+/** The coded width or height of a picture of `size` columns or rows. */
 int codedSize(int size);
 
 /**
- * Reads `source` into planes of the coded size. What the coded size has beyond the picture repeats the
- * picture's last column and row, which costs the fewest bits and does not bleed into the picture.
+ * Reads `source` into planes of the coded size. The area outside the picture repeats its last column and row, so that
+ * no foreign colours bleed into it.
  *
- * An odd picture has half a chroma sample at its edge. Clients of the YUV layouts fill in whole samples
- * only (width / 2 of them), so the last whole one is repeated there too.
+ * An odd picture has half a chroma sample at its edge. Clients of the YUV layouts fill in whole samples only
+ * (width / 2), so the last whole one is repeated there as well.
  */
 void toPlanar(const SourcePicture& source, const RgbToYuv& matrix, PlanarPicture* planar);
 

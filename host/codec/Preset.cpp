@@ -41,7 +41,7 @@ std::string presetFor(int64_t framePixels) {
     char chosen[PROPERTY_VALUE_MAX];
     if (property_get(kOverride, chosen, "") > 0) {
         if (isPreset(chosen)) return chosen;
-        ALOGE("%s: no x265 preset is called %s", kOverride, chosen);
+        ALOGE("%s: There is no x265 preset %s", kOverride, chosen);
     }
     for (const PresetRow& row : kPresets) {
         if (framePixels <= row.maxPixels) return row.preset;

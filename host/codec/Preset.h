@@ -6,9 +6,8 @@
 namespace quill::host {
 
 /**
- * The x265 preset for frames of `framePixels` (a whole grid counts as one frame): small frames get the
- * slower ones, large ones must be done within a camera's time. The property "debug.quill.host.x265.preset"
- * overrides it.
+ * The x265 preset for frames of `framePixels` (a whole grid is one frame): the larger the frame, the faster the preset.
+ * The property "debug.quill.host.x265.preset" overrides it.
  */
 std::string presetFor(int64_t framePixels);
 

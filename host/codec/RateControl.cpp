@@ -14,17 +14,15 @@ struct QualityRow {
     double qp;
 };
 
-// Straight lines between these. Photographs reach 45 dB at quality 95 and 57 dB, where nobody sees a
-// difference, at 100. Every step changes the quantiser by a third at least.
+// Interpolated linearly. Every step of quality changes the quantiser by at least a quarter.
 constexpr QualityRow kQualities[] = {{0, 50.0}, {50, 34.0}, {80, 26.0}, {95, 18.0}, {100, 5.0}};
 
-// A photograph of medium detail takes this many bits per pixel at this quantiser, and half of them this
-// many steps of the quantiser further on.
+// The first guess: so many bits per pixel at this quantiser, and half of them at kQpPerOctave more.
 constexpr double kTypicalBitsPerPixel = 0.65;
 constexpr double kTypicalQp = 20.0;
 constexpr double kQpPerOctave = 6.5;
 
-/** One whole step of the quantiser changes the bits by a tenth to an eighth: closer than half of it is luck. */
+/** About half of what one whole step of the quantiser changes. */
 constexpr double kCloseEnoughOctaves = 0.09;
 
 }  // namespace

@@ -6,24 +6,24 @@
 
 namespace quill::host {
 
-/** Quantiser of a constant-quality picture; 0 to 51 in fractions, strictly falling with `quality` 0-100. */
+/** The quantiser of a constant-quality picture: 0 to 51, fractional, strictly decreasing with `quality` 0-100. */
 double qpForQuality(int quality);
 
 /**
- * Bits of one picture under a constant bitrate. Still-image clients compute "bitrate" as the bits of one
- * whole image, every tile of its grid included, whatever the frame rate; each tile gets an equal share.
+ * Bits of one picture at a constant bitrate. Still-image clients set "bitrate" to the bits of one whole image with all
+ * tiles, whatever the frame rate; each tile gets an equal share.
  */
 int64_t bitsPerPicture(int64_t bitrate, int pictureCount);
 
-/** Search for the whole quantiser at which one picture comes closest to a number of bits. */
+/** A search for the whole quantiser at which a picture comes closest to a number of bits. */
 class QpSearch {
   public:
     /** For a picture of `pixels` luma samples. */
     QpSearch(int64_t targetBits, int64_t pixels);
 
-    /** Quantiser to encode at next; nothing when the best so far is good enough or the trials are used up. */
+    /** The quantiser for the next trial; nothing if the best so far is close enough or no trials are left. */
     std::optional<int> next() const { return mNext; }
-    /** Bits that the picture took at `next()`. Returns whether that is the best result so far. */
+    /** Reports the bits at `next()`. True if that is the best result so far. */
     bool report(int64_t bits);
 
   private:

@@ -36,14 +36,14 @@ std::optional<SampleLayout> layoutOfFormat(int format) {
 std::optional<SourcePicture> pictureIn(const android::GraphicBuffer& frame, int width, int height) {
     const std::optional<SampleLayout> layout = layoutOfFormat(frame.format);
     if (!layout || frame.width < width || frame.height < height) {
-        ALOGE("The encoder takes no %dx%d picture from a %dx%d surface buffer of format 0x%x", width, height,
+        ALOGE("The encoder cannot read a %dx%d picture from a %dx%d surface buffer of format 0x%x", width, height,
               frame.width, frame.height, static_cast<unsigned>(frame.format));
         return std::nullopt;
     }
     const BufferContents contents = BufferContents::of(frame);
     const SourcePicture picture{*layout, contents.data, width, height, frame.stride, frame.height};
     if (contents.data == nullptr || contents.size < bytesRead(picture)) {
-        ALOGE("A surface buffer of %zu bytes holds no %dx%d picture", contents.size, width, height);
+        ALOGE("A surface buffer of %zu bytes is too small for a %dx%d picture", contents.size, width, height);
         return std::nullopt;
     }
     return picture;

@@ -9,8 +9,7 @@ namespace quill::host {
 /** P010 semi-planar in the vendor codecs' own numbering, for surface buffers and for input buffers. */
 constexpr int32_t kVendorP010 = 0x7FA30C0A;
 
-/** The layout of a buffer's pixels: a luma (or only) plane, and for 4:2:0 one plane of interleaved CbCr pairs after it.
- */
+/** The layout of a buffer's pixels: a luma (or only) plane, then for 4:2:0 a plane of interleaved CbCr pairs. */
 struct PixelLayout {
     uint32_t stride = 0;         ///< pixels from one row to the next
     uint32_t bytesPerPixel = 0;  ///< of the luma or only plane

@@ -12,7 +12,7 @@ namespace {
 using quill::host::Faults;
 using quill::host::LocalReference;
 
-// The workstation's class: mWidth, mHeight, mFormat, and mPixels, a direct buffer of rows back to back.
+// The workstation's class: mWidth, mHeight, mFormat and mPixels, a direct buffer without gaps between rows.
 const char kClassName[] = "android/graphics/Bitmap";
 
 struct Format {
@@ -66,7 +66,7 @@ int readInfo(JNIEnv* env, jobject bitmap, const Fields& fields, AndroidBitmapInf
     return ANDROID_BITMAP_RESULT_SUCCESS;
 }
 
-/** One successful lock; the references keep bitmap and pixels alive until the unlock. */
+/** One lock. The references keep bitmap and pixels alive until the unlock. */
 struct Lock {
     jobject bitmap;
     jobject pixels;
@@ -83,7 +83,7 @@ struct Locks {
 };
 
 Locks& locks() {
-    static Locks* const kept = new Locks;  // outlives every thread that may still ask at exit
+    static Locks* const kept = new Locks;  // never destroyed: threads may ask at exit
     return *kept;
 }
 

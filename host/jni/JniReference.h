@@ -4,7 +4,7 @@
 
 namespace quill::host {
 
-/** Owns a local reference, so that a loop in native code does not use up the frame's. */
+/** Owns a local reference and deletes it early, so that loops in native code do not run out of them. */
 template <typename T>
 class LocalReference {
   public:

@@ -17,7 +17,7 @@ namespace {
 
 using quill::host::Faults;
 
-/** What `call` returns, or its error below zero. */
+/** The result of `call`, or its error as a negative number. */
 template <typename Call>
 jlong resultOf(const char* name, Call call) {
     if (const auto status = Faults::instance().statusAt(name)) return *status;

@@ -12,7 +12,7 @@ namespace quill::host {
 
 using Bytes = std::vector<uint8_t>;
 
-/** Bytes that belong to someone else and outlive their use. */
+/** A view of bytes, which must outlive it. */
 struct ByteView {
     const uint8_t* data = nullptr;
     size_t size = 0;
@@ -21,28 +21,28 @@ struct ByteView {
     ByteView(const uint8_t* bytes, size_t count) : data(bytes), size(count) {}
     ByteView(const Bytes& bytes) : data(bytes.data()), size(bytes.size()) {}
 
-    /** Whether `text` stands at `offset`. */
+    /** True if `text` is at `offset`. */
     bool holdsAt(size_t offset, std::string_view text) const {
         return offset <= size && text.size() <= size - offset &&
                std::string_view(reinterpret_cast<const char*>(data) + offset, text.size()) == text;
     }
 };
 
-/** The one narrowing cast of the muxer: nothing when `value` does not fit. */
+/** The one narrowing cast of the muxer: nothing if `value` does not fit. */
 template <typename To, typename From>
 std::optional<To> narrow(From value) {
-    static_assert(std::is_unsigned_v<To> && std::is_unsigned_v<From>, "signs are checked before");
+    static_assert(std::is_unsigned_v<To> && std::is_unsigned_v<From>, "only for unsigned types");
     if (value > std::numeric_limits<To>::max()) return std::nullopt;
     return static_cast<To>(value);
 }
 
 /**
  * Appends ISO/IEC 14496-12 boxes, big-endian. Every number is checked against the width of its field: one that does
- * not fit clears `ok`, and what was written is then worthless.
+ * not fit clears `ok`, and the result is then invalid.
  */
 class BoxWriter {
   public:
-    /** Where a box began; `finishBox` patches the size there. */
+    /** The start of a box, where `finishBox` writes the size. */
     struct Marker {
         size_t offset;
     };

@@ -6,14 +6,14 @@ namespace {
 
 constexpr unsigned kShortField = 4, kLongField = 8;
 constexpr uint64_t kMaxShortField = 0xFFFFFFFF;
-// The header of `mdat`, and with a 64-bit size.
+// The header of `mdat` with a 32-bit and with a 64-bit size.
 constexpr uint64_t kBoxHeader = 8, kLargeBoxHeader = 16;
 constexpr uint32_t kHiddenItem = 1;      // flag of `infe`
 constexpr uint32_t kWideIndexes = 1;     // flag of `ipma`
-constexpr size_t kMaxNarrowIndex = 127;  // of a property, beside the bit that says essential
+constexpr size_t kMaxNarrowIndex = 127;  // of a property, in seven bits
 constexpr unsigned kItemDataConstruction = 1;
 
-/** Where the bodies go: absolute offsets in the file, and the width that all of them fit. */
+/** The place of the bodies: the absolute offset in the file, and a field width that fits all offsets. */
 struct Placement {
     uint64_t bodiesOffset = 0;
     unsigned fieldWidth = kShortField;
@@ -49,7 +49,7 @@ void putPrimaryItem(BoxWriter& writer, uint16_t id) {
     writer.finishBox(box);
 }
 
-/** Version 1, for it can point into `idat`. One extent per item, no base offset, no extent index. */
+/** Version 1, which can refer to `idat`. One extent per item, no base offset, no extent index. */
 void putItemLocations(BoxWriter& writer, const HeifContents& contents, const Placement& placement) {
     const auto box = writer.beginFullBox("iloc", 1, 0);
     writer.put8(placement.fieldWidth << 4 | placement.fieldWidth);
@@ -153,7 +153,7 @@ void putMeta(BoxWriter& writer, const HeifContents& contents, const Placement& p
     writer.finishBox(box);
 }
 
-/** The bodies follow; a size that 32 bits do not hold is announced by a 1 and comes after the type. */
+/** Only the header. If the size does not fit 32 bits, it is 1 and the real size follows the type. */
 void putMediaDataHeader(BoxWriter& writer, uint64_t bodies) {
     const bool large = bodies + kBoxHeader > kMaxShortField;
     writer.put32(large ? 1 : bodies + kBoxHeader);
@@ -173,7 +173,7 @@ BoxWriter writeHead(const HeifContents& contents, const Placement& placement, ui
 
 std::optional<HeifLayout> layOutHeif(const HeifContents& contents, uint64_t start) {
     const uint64_t bodies = bodiesSize(contents);
-    // A head's size depends on the width of its offsets alone: the first one is written to be measured.
+    // The size of the head depends only on the width of its offsets, so a first head is written to measure it.
     Placement placement;
     uint64_t headSize = writeHead(contents, placement, bodies).size();
     if (start + headSize + bodies > kMaxShortField) {

@@ -6,7 +6,7 @@
 
 namespace quill::host {
 
-/** A file ready to be written: the head, then the bodies, back to back. */
+/** A file ready to be written: the head, then the bodies without gaps. */
 struct HeifLayout {
     Bytes head;  ///< `ftyp`, `meta` and the header of `mdat`
     std::vector<ByteView> bodies;
@@ -14,8 +14,8 @@ struct HeifLayout {
 };
 
 /**
- * Lays the contents out to begin at `start` of a file, which the item offsets count in. The bodies are views into
- * `contents`. Nothing when some number does not fit its field.
+ * Lays out the contents to begin at offset `start` of a file; item offsets count from the start of the file. The bodies
+ * are views into `contents`. Nothing if a number does not fit its field.
  */
 std::optional<HeifLayout> layOutHeif(const HeifContents& contents, uint64_t start);
 

@@ -8,13 +8,13 @@
 
 namespace quill::host {
 
-/** A property of `ipco` as an item uses it. */
+/** A reference from an item to a property in `ipco`. */
 struct HeifPropertyUse {
     uint16_t index;  ///< from 1
     bool essential;
 };
 
-/** One item of the file. Views into the tracks' samples where the body is a coded picture. */
+/** One item of the file. The body of a coded picture is a view into the tracks' samples. */
 struct HeifItem {
     uint16_t id = 0;
     std::string_view type;
@@ -30,7 +30,7 @@ struct HeifItem {
     ByteView body() const { return ownBody.empty() ? tile : ByteView(ownBody); }
 };
 
-/** Everything a HEIF file says, before it is laid out. Must not outlive the tracks. */
+/** The contents of a HEIF file before layout. Must not outlive the tracks. */
 struct HeifContents {
     bool isMainProfile = true;  ///< of the primary image: `heic`, otherwise `heix`
     uint16_t primaryId = 0;
@@ -42,9 +42,9 @@ struct HeifContents {
 constexpr size_t kMaxHeifItems = 65535;
 
 /**
- * The items of complete tracks (at least one, with all their samples) in the order of the tracks, tiles row-major
- * before the image derived from them, then the metadata samples that can be recognised. `clockwiseDegrees`: 0, 90, 180,
- * 270. There are at most kMaxHeifItems.
+ * The items of complete tracks (at least one, each with all its samples) in track order: tiles row-major, then the
+ * image derived from them, and after all tracks the metadata of a known kind. `clockwiseDegrees`: 0, 90, 180, 270.
+ * There are at most kMaxHeifItems.
  */
 HeifContents buildHeifContents(const std::vector<HeifTrack>& tracks, const std::vector<Bytes>& metadata,
                                int clockwiseDegrees);

@@ -7,9 +7,9 @@ namespace {
 constexpr unsigned kFullRangeFlag = 0x80;
 constexpr int kFullTurn = 360, kQuarterTurn = 90;
 
-/** A signed numerator over two: offsets of centres come in halves of a pixel. */
+/** A signed number of half pixels, as a fraction: the unit of centre offsets. */
 void putHalves(BoxWriter& writer, int64_t halves) {
-    writer.put32(static_cast<uint32_t>(halves));  // two's complement, as the box has it
+    writer.put32(static_cast<uint32_t>(halves));  // two's complement
     writer.put32(2);
 }
 

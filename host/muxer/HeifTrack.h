@@ -25,7 +25,7 @@ struct HeifTrack {
     std::optional<HeifGrid> grid;
     bool isDefault = false;
     HevcConfig config;
-    std::vector<Bytes> samples;  ///< coded tiles so far, row-major, NAL units behind their lengths
+    std::vector<Bytes> samples;  ///< coded tiles so far, row-major, each NAL unit after its length
 
     size_t tileCount() const { return grid ? size_t{grid->rows} * grid->columns : 1; }
     /** The tiles and, with a grid, the image derived from them. */

@@ -58,12 +58,12 @@ void putHevcRecord(BoxWriter& writer, const HevcConfig& config) {
     const HevcSps& sps = config.sps;
     writer.put8(kRecordVersion);
     putProfile(writer, sps.profile);
-    writer.put16(kReserved4);  // no promise about spatial segmentation
-    writer.put8(kReserved6);   // nor about parallelism
+    writer.put16(kReserved4);  // spatial segmentation unknown
+    writer.put8(kReserved6);   // parallelism unknown
     writer.put8(kReserved6 | sps.chromaFormat);
     writer.put8(kReserved5 | (sps.lumaBits - 8));
     writer.put8(kReserved5 | (sps.chromaBits - 8));
-    writer.put16(0);  // average frame rate: a still has none
+    writer.put16(0);  // no average frame rate
     writer.put8(sps.temporalLayers << 3 | (sps.temporalIdNested ? 1 : 0) << 2 | kLengthSizeMinusOne);
     writer.put8(HevcConfig::kKinds);
     for (size_t kind = 0; kind < HevcConfig::kKinds; ++kind) {

@@ -12,14 +12,14 @@ constexpr size_t kNalHeaderSize = 2;
 // The longest prefix of a ue(v) whose value fits 32 bits.
 constexpr unsigned kMaxGolombPrefix = 31;
 
-/** The first start code at or after `from`; null when there is none. */
+/** The first start code at or after `from`; null if there is none. */
 const uint8_t* findStartCode(ByteView stream, const uint8_t* from) {
     const uint8_t* const end = stream.data + stream.size;
     const uint8_t* found = std::search(from, end, std::begin(kStartCode), std::end(kStartCode));
     return found == end ? nullptr : found;
 }
 
-/** A NAL unit never ends in a zero byte, so zeros before the next start code belong to that one. */
+/** A NAL unit never ends in a zero byte, so zeros before a start code belong to the start code. */
 const uint8_t* withoutTrailingZeros(const uint8_t* begin, const uint8_t* end) {
     while (end > begin && end[-1] == 0) --end;
     return end;

@@ -29,15 +29,15 @@ struct Nal {
 };
 
 /**
- * Splits a byte stream (H.265 annex B) at its start codes. Empty when the stream does not begin with a start code or
- * holds a NAL unit shorter than its header.
+ * Splits a byte stream (H.265 annex B) at its start codes. Empty if the stream does not begin with a start code or
+ * has a NAL unit shorter than its header.
  */
 std::vector<Nal> splitNals(ByteView stream);
 
 /** The NAL unit's payload: without header and without emulation prevention bytes. */
 Bytes rawPayload(const Nal& nal);
 
-/** Reads a payload bit by bit. Past the end it reads zeros and `ok` turns false for good. */
+/** Reads a payload bit by bit. Past the end it reads zeros, and `ok` stays false. */
 class BitReader {
   public:
     explicit BitReader(ByteView bytes) : mBytes(bytes) {}

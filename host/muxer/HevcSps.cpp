@@ -26,7 +26,7 @@ HevcProfile readProfile(BitReader& reader) {
     return profile;
 }
 
-/** The sub-layers' part of profile_tier_level(). */
+/** The part of profile_tier_level() for the sub-layers. */
 void skipSubLayerProfiles(BitReader& reader, unsigned subLayersMinus1) {
     constexpr unsigned kSlots = 8;  // the flags of fewer sub-layers are padded to this many
     constexpr unsigned kProfileBits = 88, kLevelBits = 8;
@@ -141,7 +141,7 @@ bool skipReferencePictures(BitReader& reader, unsigned pictureOrderBits) {
     return true;
 }
 
-/** The colours in the VUI; the default's where it has none. */
+/** The colours in the VUI, or the defaults. */
 ColorAspects readAspects(BitReader& reader) {
     ColorAspects aspects = kDefaultAspects;
     if (!reader.flag()) return aspects;  // no VUI
@@ -163,14 +163,14 @@ std::optional<HevcSps> parseSps(const Nal& nal) {
     const Bytes payload = rawPayload(nal);
     BitReader reader(payload);
     HevcSps sps;
-    reader.skip(4);  // the VPS it goes with
+    reader.skip(4);  // VPS id
     const unsigned subLayersMinus1 = reader.bits(3);
     if (subLayersMinus1 > kMaxSubLayersMinus1) return std::nullopt;
     sps.temporalLayers = static_cast<uint8_t>(subLayersMinus1 + 1);
     sps.temporalIdNested = reader.flag();
     sps.profile = readProfile(reader);
     skipSubLayerProfiles(reader, subLayersMinus1);
-    reader.ue();  // its own number
+    reader.ue();  // SPS id
     const uint32_t chromaFormat = reader.ue();
     if (chromaFormat > kMaxChromaFormat) return std::nullopt;
     sps.chromaFormat = static_cast<uint8_t>(chromaFormat);

@@ -9,14 +9,14 @@
 
 namespace quill::host {
 
-/** The general part of profile_tier_level(), byte for byte as the decoder configuration record repeats it. */
+/** The general part of profile_tier_level(), byte for byte as in the decoder configuration record. */
 struct HevcProfile {
     uint8_t spaceTierProfile = 0;
     std::array<uint8_t, 4> compatibility{};
     std::array<uint8_t, 6> constraints{};
     uint8_t level = 0;
 
-    /** Whether a Main or Main Still Picture decoder can play it: 8 bits, 4:2:0. */
+    /** True if a Main or Main Still Picture decoder can decode it: 8 bits, 4:2:0. */
     bool isMain() const {
         constexpr unsigned kMain = 1, kMainStill = 3;
         const unsigned idc = spaceTierProfile & 0x1F;
@@ -25,7 +25,7 @@ struct HevcProfile {
     }
 };
 
-/** What a still image needs to know of a sequence parameter set (ITU-T H.265, 7.3.2.2). */
+/** The parts of a sequence parameter set that a still image needs (ITU-T H.265, 7.3.2.2). */
 struct HevcSps {
     HevcProfile profile;
     uint8_t temporalLayers = 1;
@@ -38,7 +38,7 @@ struct HevcSps {
     ColorAspects aspects;
 };
 
-/** Nothing when the NAL unit ends too early or holds values out of range. */
+/** Nothing if the NAL unit is too short or has values out of range. */
 std::optional<HevcSps> parseSps(const Nal& nal);
 
 }  // namespace quill::host

@@ -13,7 +13,7 @@ constexpr std::string_view kTiffHeaders[] = {"II*\0"sv, "MM\0*"sv};
 constexpr size_t kByteOrderSize = 2;
 constexpr std::string_view kXmpBeginnings[] = {"<x:xmpmeta"sv, "<?xpacket"sv};
 
-/** Behind the mark the byte order is proof enough, and cameras' slips after it are left to the readers. */
+/** After the mark the byte order is enough; a bare TIFF header must be complete. */
 bool isTiff(ByteView sample, size_t offset) {
     const size_t significant = offset > 0 ? kByteOrderSize : std::string_view::npos;
     for (std::string_view header : kTiffHeaders) {

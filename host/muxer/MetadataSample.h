@@ -4,14 +4,14 @@
 
 namespace quill::host {
 
-/** What a muxer-data sample turned out to be. */
+/** The kind of a metadata sample. */
 struct MetadataKind {
     enum class Type { kUnknown, kExif, kXmp };
     Type type = Type::kUnknown;
     size_t tiffOffset = 0;  ///< of the TIFF header in an EXIF sample
 };
 
-/** Recognises EXIF in its usual framings and XMP packets by how they begin. */
+/** Recognises EXIF in its usual framings and XMP packets by their first bytes. */
 MetadataKind classifyMetadata(ByteView sample);
 
 }  // namespace quill::host

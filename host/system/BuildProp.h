@@ -7,10 +7,10 @@
 
 namespace quill::host {
 
-/** The properties of a build.prop: one `key=value` per line, # starts a comment line; of a key given twice the last. */
+/** The properties of a build.prop: a `key=value` per line, `#` for a comment line. The last value of a key counts. */
 std::map<std::string, std::string> parseBuildProp(std::string_view text);
 
-/** The value of `key` in `key=value,key=value`, so neither holds a comma. Nothing when it is not among them. */
+/** The value of `key` in `key=value,key=value`; nothing if it is not there. Keys and values have no commas. */
 std::optional<std::string> findOverride(std::string_view overrides, std::string_view key);
 
 }  // namespace quill::host

@@ -44,10 +44,10 @@ std::string knownDevices() {
 
 void reportUnknown(const std::string& folder) {
     static std::mutex lock;
-    static std::set<std::string>* const reported = new std::set<std::string>;  // asked by threads that outlive main
+    static std::set<std::string>* const reported = new std::set<std::string>;  // for threads that outlive main
     const std::lock_guard<std::mutex> guard(lock);
     if (!reported->insert(folder).second) return;
-    ALOGE("QUILL_DEVICE: there is no device folder %s; give a folder (with a slash) or one of: %s", folder.c_str(),
+    ALOGE("QUILL_DEVICE: There is no device folder %s; give a folder (with a slash) or one of: %s", folder.c_str(),
           knownDevices().c_str());
 }
 

@@ -25,7 +25,7 @@ std::atomic<int> gLowestPrinted{ANDROID_LOG_SILENT};
 void print(const __android_logger_data* line, const char* message) {
     if (line->priority < gLowestPrinted) return;
     const bool known = line->priority >= 0 && line->priority < ANDROID_LOG_SILENT;
-    // One call, so that lines of several threads do not mix.
+    // One call, so that the lines of several threads do not mix.
     fprintf(stderr, "%c %s: %s\n", known ? kLetters[line->priority] : '?', line->tag == nullptr ? "" : line->tag,
             message);
 }
@@ -35,13 +35,13 @@ int lowestPrinted(const char* level) {
     for (const Level& known : kLevels) {
         if (strcmp(known.name, level) == 0) return known.priority;
     }
-    fprintf(stderr, "QUILL_LOG=%s is not a level; silent, error, warn, info, debug and verbose are\n", level);
+    fprintf(stderr, "QUILL_LOG=%s is not a level; give silent, error, warn, info, debug or verbose\n", level);
     return ANDROID_LOG_SILENT;
 }
 
 /**
- * At load, before anything can log. What is printed is decided here and not by the log's minimum priority: a logger
- * that a program installs later is to see every line, and without a minimum the log withholds those below info.
+ * Runs at load, before anything can log. The level is applied in `print` and not as the log's minimum priority, because
+ * a logger that a program installs later must see every line.
  */
 __attribute__((constructor)) void installLogger() {
     gLowestPrinted = lowestPrinted(getenv("QUILL_LOG"));

@@ -15,7 +15,7 @@ struct State {
 };
 
 State& state() {
-    static State* const kept = new State;  // outlives every thread that may still note something at exit
+    static State* const kept = new State;  // never destroyed: threads may note calls at exit
     return *kept;
 }
 

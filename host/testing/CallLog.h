@@ -21,7 +21,7 @@ class CallLog {
     void note(const char* call, const std::string& arguments);
     /** Notes numbers, separated by spaces. */
     void note(const char* call, std::initializer_list<int64_t> arguments);
-    /** The arguments of every noted occurrence of `call`, oldest first. */
+    /** The arguments of each noted `call`, oldest first. */
     std::vector<std::string> of(const std::string& call) const;
 
   private:

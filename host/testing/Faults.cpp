@@ -28,7 +28,7 @@ struct State {
 };
 
 State& state() {
-    static State* const kept = new State;  // outlives every thread that may still ask at exit
+    static State* const kept = new State;  // never destroyed: threads may ask at exit
     return *kept;
 }
 

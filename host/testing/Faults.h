@@ -7,18 +7,18 @@
 
 namespace quill::host {
 
-/** What happens to one platform call in place of, or on top of, its normal course. */
+/** What happens to one platform call in place of its normal course or in addition to it. */
 struct Fault {
     enum class Kind {
         kStatus,        ///< the call does nothing and returns `status` (a null pointer where it returns one)
-        kLate,          ///< the call sleeps `delayUs` on the stand-in's clock, then takes its course
-        kStall,         ///< the call blocks until `Faults::release` or, on a codec, its stop; then takes its course
+        kLate,          ///< the call sleeps `delayUs` on the stand-in's clock, then goes on
+        kStall,         ///< the call blocks until `Faults::release` (a codec's: or its stop), then goes on
         kNothing,       ///< the call succeeds and hands out a null pointer
         kNullBuffer,    ///< the buffer handed out has no memory
-        kShortBuffer,   ///< the buffer handed out, or what is transferred, is `size` bytes; a window's: that many wide
+        kShortBuffer,   ///< the buffer or the transfer has `size` bytes; a window's buffer is `size` wide
         kFlags,         ///< the coded buffer carries `status` as its flags
         kFormatChange,  ///< an additional format change is reported first
-        kNoOutput,      ///< the work is swallowed: nothing ever comes out for it
+        kNoOutput,      ///< the work is dropped: it never gets an output
     };
     Kind kind = Kind::kStatus;
     int32_t status = 0;
@@ -37,9 +37,8 @@ struct Fault {
 };
 
 /**
- * Faults on demand. Every call of the stand-in that a program of the platform can make asks `at` with
- * its own name ("MediaCodec::configure", "property_get"); a test says beforehand which occurrence of
- * which call goes wrong, and how. Thread-safe; one registry per process.
+ * Faults on demand. Every platform call asks `at` with its own name ("MediaCodec::configure", "property_get"); a test
+ * says in advance which occurrence of which call goes wrong, and how. Thread-safe; one registry per process.
  */
 class Faults {
   public:
@@ -47,21 +46,21 @@ class Faults {
 
     /** Occurrences `first` to `first + count - 1` of `call`, counted from 1 since the last `reset`. */
     void inject(const std::string& call, Fault fault, int first = 1, int count = 1);
-    /** How often each call was made since the last `reset`. */
+    /** The number of calls by name since the last `reset`. */
     std::map<std::string, int> occurrences() const;
-    /** Lets every stalled call go on, now and from now on. */
+    /** Lets all stalled calls go on, now and until the next `inject`. */
     void release();
-    /** Lets those go on that are stalled now and have a name that begins with `prefix`. */
+    /** Lets calls go on that are stalled now and whose name begins with `prefix`. */
     void releaseNow(const std::string& prefix);
     /** Forgets all faults and counts; lets stalled calls go on. */
     void reset();
 
     /**
-     * Counts one occurrence of `call` and acts out lateness and stalls. Returns the fault that the
-     * caller has to act out itself, or nothing when the call takes its normal course.
+     * Counts one occurrence of `call` and carries out lateness and stalls. Returns the fault that the caller must carry
+     * out itself, or nothing if the call takes its normal course.
      */
     std::optional<Fault> at(const char* call);
-    /** `at`, for calls that know no other fault than a status. */
+    /** `at`, for calls whose only fault is a status. */
     std::optional<int32_t> statusAt(const char* call);
 
   private:

@@ -51,7 +51,7 @@ class Codec {
         ASSERT_EQ(mCodec->start(), OK);
     }
 
-    /** One picture of its own, with slopes and noise. */
+    /** A picture with slopes and noise that depend on `number`. */
     void queuePicture(int number, uint32_t flags = 0) const {
         size_t index = 0;
         ASSERT_EQ(mCodec->dequeueInputBuffer(&index, kLong), OK);
@@ -70,7 +70,7 @@ class Codec {
                                                     timeoutUs);
         return output;
     }
-    /** The next picture, past the format change and the parameter sets; given back at once. */
+    /** The next picture after the format change and the parameter sets. It is released at once. */
     Output dequeuePicture() const {
         Output output = dequeue();
         while (output.status == INFO_FORMAT_CHANGED || (output.status == OK && output.flags == 2)) {
@@ -104,7 +104,7 @@ TEST(Codec, CallsInTheWrongStateAreRefused) {
     EXPECT_EQ(codec.configure(tileFormat(kNv12)), INVALID_OPERATION);
 }
 
-TEST(Codec, FormatsItCannotTakeAreBadValues) {
+TEST(Codec, UnsupportedFormatsAreBadValues) {
     const std::pair<const char*, int32_t> kBad[] = {
             {"color-format", 20}, {"color-format", 0}, {"width", 0},     {"height", -1},
             {"width", 1 << 20},   {"grid-rows", 0},    {"quality", 101},
@@ -185,11 +185,11 @@ TEST(Codec, StopWakesWaitersAndDropsWork) {
     EXPECT_EQ(codec->stop(), OK);
     second.join();
     EXPECT_EQ(seen, INVALID_OPERATION);
-    ASSERT_EQ(codec.configure(tileFormat(kNv12)), OK);  // and it can begin anew
+    ASSERT_EQ(codec.configure(tileFormat(kNv12)), OK);  // it can start again
     ASSERT_EQ(codec->start(), OK);
     codec.queuePicture(7);
     EXPECT_EQ(codec.dequeuePicture().timeUs, 7);
-    codec.queuePicture(8);  // destroyed at work
+    codec.queuePicture(8);  // destroyed while it codes
 }
 
 TEST(Codec, ConstantBitrateIsSharedByTheTiles) {

@@ -14,7 +14,7 @@ namespace {
 
 using Bytes = std::vector<uint8_t>;
 
-/** Slopes, edges and noise: something of everything a photograph has. */
+/** Slopes, edges and noise, as in a photograph. */
 PlanarPicture photograph(int width, int height) {
     PlanarPicture picture;
     picture.reshape(codedSize(width), codedSize(height), 8);
@@ -54,7 +54,7 @@ TEST(HevcEngine, PicturesDoNotDependOnWhatWasCodedBefore) {
     for (int i = 0; i < 5; ++i) codeWith(used.get(), i % 2 == 0 ? black : picture);
     EXPECT_EQ(fresh->parameterSets(), used->parameterSets());
     const Bytes first = codeWith(fresh.get(), picture), later = codeWith(used.get(), picture);
-    constexpr size_t kHeaders = 16;  // of the unit and the slice, with the one flag that differs
+    constexpr size_t kHeaders = 16;  // of the NAL unit and the slice, with the flag that differs
     ASSERT_GT(first.size(), kHeaders);
     EXPECT_EQ(Bytes(first.begin() + kHeaders, first.end()), Bytes(later.begin() + kHeaders, later.end()));
 }
@@ -80,7 +80,7 @@ TEST(HevcEngine, SizeGrowsWithEveryStepOfQuality) {
         settings.qp = qpForQuality(quality);
         const auto engine = HevcEngine::open(settings);
         const Bytes stream = codeWith(engine.get(), picture);
-        // Of this small regular picture a step may cost a few bytes in place of saving them; two steps never do.
+        // With so small a picture one step may shrink the stream by a few bytes; two steps never do.
         EXPECT_NE(stream.size(), quality >= 1 ? sizes[quality - 1] : 0) << "quality " << quality;
         EXPECT_GT(stream.size(), quality >= 2 ? sizes[quality - 2] : 0) << "quality " << quality;
         sizes.push_back(stream.size());

@@ -1,4 +1,4 @@
-// What the muxer writes, read back by heif-info and exiftool. Calls in any order are the matter of fuzz/muxer.cpp.
+// The muxer's files, read back by heif-info and exiftool. fuzz/muxer.cpp tries calls in any order.
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <unistd.h>
@@ -45,7 +45,7 @@ Picture encode(int bits = 8, int width = kTile) {
     return {textOf(engine->parameterSets()), textOf(coded)};
 }
 
-/** Of a picture as large, without a word about its colours. */
+/** For a picture of the same size, without colour information. */
 const std::string kPlainCodecData =
         "\0\0\0\1\100\1\14\1\377\377\3\160\0\0\3\0\220\0\0\3\0\0\3\0\36\272\2\100\0\0\0\1\102\1\1\3\160\0\0\3"
         "\0\220\0\0\3\0\0\3\0\36\240\40\201\5\226\351\157\13\200\100\0\0\3\0\100\0\0\3\0\102\0\0\0\1\104\1"
@@ -124,7 +124,7 @@ TEST_F(Muxer, SinglePictureTellsItsBrandsDepthAndColours) {
     EXPECT_THAT(file(), HasSubstr("pixi\0\0\0\0\3\12\12\12"s));
     lseek(mFd, 0, SEEK_SET);
     writeStill({kPlainCodecData, encode().sample});
-    EXPECT_THAT(file(), HasSubstr("nclx\0\1\0\15\0\6\x80"s)) << "what is not told is full-range sRGB";
+    EXPECT_THAT(file(), HasSubstr("nclx\0\1\0\15\0\6\x80"s)) << "the default is full-range sRGB";
 }
 
 // One directory with one entry: Make is "Quill", at offset 26.

@@ -93,7 +93,7 @@ TEST(DeviceLookUp, UnknownDeviceIsReportedOnceWithTheKnownOnes) {
     setenv("QUILL_DEVICE", "no-such-device", 1);
     EXPECT_THAT(deviceFolder(), EndsWith("/no-such-device"));
     EXPECT_EQ("fallback", get("ro.soc.model"));
-    EXPECT_THAT(lines, ElementsAre(HasSubstr("6 QuillPlatform: QUILL_DEVICE: there is no device folder")));
+    EXPECT_THAT(lines, ElementsAre(HasSubstr("6 QuillPlatform: QUILL_DEVICE: There is no device folder")));
 }
 
 /** Standard error of this program, started again by `command` for the case below only. */

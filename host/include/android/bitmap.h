@@ -7,7 +7,7 @@
 extern "C" {
 #endif
 
-/** What the calls return. */
+/** Results of the calls. */
 enum {
     ANDROID_BITMAP_RESULT_SUCCESS = 0,
     ANDROID_BITMAP_RESULT_BAD_PARAMETER = -1,
@@ -41,13 +41,13 @@ typedef struct {
     uint32_t flags;   ///< ANDROID_BITMAP_FLAGS_*
 } AndroidBitmapInfo;
 
-/** Describes an android.graphics.Bitmap; `info` may be null, to check the object only. */
+/** Describes an android.graphics.Bitmap; `info` may be null to check only the object. */
 int AndroidBitmap_getInfo(JNIEnv* env, jobject jbitmap, AndroidBitmapInfo* info);
 
-/** Pins the pixels, top row first, until as many `unlockPixels` as there were successes. */
+/** Pins the pixels, top row first. Each success needs one `AndroidBitmap_unlockPixels`. */
 int AndroidBitmap_lockPixels(JNIEnv* env, jobject jbitmap, void** addrPtr);
 
-/** BAD_PARAMETER when the bitmap is not locked. */
+/** BAD_PARAMETER if the bitmap is not locked. */
 int AndroidBitmap_unlockPixels(JNIEnv* env, jobject jbitmap);
 
 #ifdef __cplusplus

@@ -4,10 +4,10 @@
 
 namespace android {
 
-/** A handle that one process passes to another. Here all is one process: it is a reference and no more. */
+/** A handle that one process passes to another. Here everything is one process, so it is only a reference. */
 class IBinder : public virtual RefBase {};
 
-/** The base of interfaces that, on a device, may live in another process. */
+/** The base of interfaces whose objects, on a device, may be in another process. */
 class IInterface : public virtual RefBase {};
 
 }  // namespace android

@@ -36,7 +36,7 @@ class Surface : public ANativeObjectBase<ANativeWindow, Surface, RefBase> {
     struct Operation;
     struct Hooks;
 
-    /** What the next dequeue asks for; 0 is the queue's default. */
+    /** The buffer that the next dequeue asks for; 0 is the queue's default. */
     struct Request {
         uint32_t width = 0;
         uint32_t height = 0;

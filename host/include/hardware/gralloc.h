@@ -1,6 +1,6 @@
 #pragma once
 
-/** What a graphic buffer is used for. The software fields are levels, not bits: compare under their mask. */
+/** Uses of a graphic buffer. The software fields are levels, not bits: compare them under their mask. */
 enum {
     GRALLOC_USAGE_SW_READ_NEVER = 0x00000000U,
     GRALLOC_USAGE_SW_READ_RARELY = 0x00000002U,

@@ -4,7 +4,7 @@
 
 namespace android {
 
-/** Decryption of protected content. Encoders take none: the type exists so that a null one can be passed. */
+/** Decryption of protected content. Encoders do not use it, but callers need the type to pass a null one. */
 struct ICrypto : public virtual RefBase {};
 
 }  // namespace android

@@ -8,7 +8,7 @@
 #define ANDROID_NATIVE_MAKE_CONSTANT(a, b, c, d) (((a) << 24) | ((b) << 16) | ((c) << 8) | (d))
 #define ANDROID_NATIVE_BUFFER_MAGIC ANDROID_NATIVE_MAKE_CONSTANT('_', 'b', 'f', 'r')
 
-/** What every native object begins with. `incRef` and `decRef` are thread-safe; the last `decRef` destroys. */
+/** The first member of every native object. `incRef` and `decRef` are thread-safe; the last `decRef` destroys. */
 struct android_native_base_t {
     int magic;
     int version;  // sizeof the whole struct

@@ -1,5 +1,5 @@
 #pragma once
 
-/** Bytes of a property's name and value, their final NUL included. */
+/** Sizes of a property's name and value in bytes, with the final NUL. */
 #define PROP_NAME_MAX 32
 #define PROP_VALUE_MAX 92

@@ -11,7 +11,7 @@ namespace android {
 template <typename NATIVE_TYPE, typename TYPE, typename REF, typename NATIVE_BASE = android_native_base_t>
 class ANativeObjectBase : public NATIVE_TYPE, public REF {
   public:
-    // Both bases have these; the counting one is meant.
+    // Both bases have these; the ones of REF count.
     void incStrong(const void* id) const { REF::incStrong(id); }
     void decStrong(const void* id) const { REF::decStrong(id); }
 

@@ -41,7 +41,7 @@ class GraphicBuffer : public ANativeObjectBase<ANativeWindowBuffer, GraphicBuffe
         USAGE_HW_VIDEO_ENCODER = GRALLOC_USAGE_HW_VIDEO_ENCODER,
     };
 
-    /** The buffer that a window handed out, with a reference of its own; null for null. */
+    /** The buffer that a window handed out, with a new reference; null for null. */
     static sp<GraphicBuffer> from(ANativeWindowBuffer* buffer);
 
     /** Zeroed memory of one layer. `initCheck` fails for an unsupported size or format and if the allocation fails. */

@@ -4,7 +4,7 @@
 
 namespace android {
 
-// Statuses of the media calls, beside those of utils/Errors.h.
+// Statuses of the media calls, in addition to those of utils/Errors.h.
 enum {
     MEDIA_ERROR_BASE = -1000,
 
@@ -16,13 +16,13 @@ enum {
     ERROR_UNSUPPORTED = MEDIA_ERROR_BASE - 10,
     ERROR_END_OF_STREAM = MEDIA_ERROR_BASE - 11,
 
-    // No errors: what a codec's output dequeue tells in place of a buffer.
+    // Not errors: results of a codec's output dequeue in place of a buffer.
     INFO_FORMAT_CHANGED = MEDIA_ERROR_BASE - 12,
     INFO_DISCONTINUITY = MEDIA_ERROR_BASE - 13,
     INFO_OUTPUT_BUFFERS_CHANGED = MEDIA_ERROR_BASE - 14,
 };
 
-/** What a client may do after an error: give up, try again, or stop and configure anew. */
+/** The client's options after an error: give up, try again, or stop and configure again. */
 enum ActionCode {
     ACTION_CODE_FATAL,
     ACTION_CODE_TRANSIENT,

@@ -7,27 +7,27 @@
 namespace android {
 
 /**
- * Writes still images to a HEIF file (ISO/IEC 23008-12 over 14496-12): one image item per track, a `grid` item
- * over its tiles when the track has grid keys, EXIF and XMP beside it. Thread-safe.
+ * Writes still images to a HEIF file (ISO/IEC 23008-12 over 14496-12): one image item per track, or a `grid` item over
+ * its tiles if the track has grid keys, with EXIF and XMP. Thread-safe.
  *
- * The file is written as a whole by `stop`, from the descriptor's current offset on (from the file's end when it was
- * opened for appending), and what lay behind that offset before is cut off. Item offsets in it count from the start of
- * the file, so only a file written from offset 0 is a HEIF file of its own.
+ * `stop` writes the whole file from the descriptor's current offset (from the end of a file opened for appending) and
+ * truncates it there. Item offsets count from the start of the file, so only a file written from offset 0 is a HEIF
+ * file of its own.
  */
 struct MediaMuxer : public MediaMuxerBase {
     /**
-     * Only OUTPUT_FORMAT_HEIF. `fd` must be writable and seekable; it is duplicated and stays the caller's. Returns
-     * null on failure, and an object without a reference yet otherwise.
+     * Only OUTPUT_FORMAT_HEIF. `fd` must be writable and seekable; the muxer uses a duplicate of it. Returns null on
+     * failure, otherwise an object without a reference.
      */
     static MediaMuxer* create(int fd, OutputFormat format);
 
     ~MediaMuxer() override;
 
     /**
-     * `format` holds "mime" image/vnd.android.heic, "width" and "height" of the whole image, "csd-0" (VPS, SPS, PPS
-     * behind start codes), and for a tiled image all of "tile-width", "tile-height", "grid-rows", "grid-cols", which
-     * have to cover it. A nonzero "is-default" makes it the primary image; without one that is the first track.
-     * BAD_VALUE when a key lacks or does not fit the others or the bitstream.
+     * `format` has "mime" image/vnd.android.heic, "width" and "height" of the whole image, "csd-0" (VPS, SPS and PPS
+     * with start codes), and for a tiled image "tile-width", "tile-height", "grid-rows" and "grid-cols", which must
+     * cover it. A nonzero "is-default" makes it the primary image; without one, the first track is. BAD_VALUE if a key
+     * is missing or does not match the others or the bitstream.
      */
     ssize_t addTrack(const sp<AMessage>& format) override;
 
@@ -37,18 +37,17 @@ struct MediaMuxer : public MediaMuxerBase {
     status_t setOrientationHint(int degrees) override;
 
     /**
-     * Leaves the descriptor's offset at the end of the HEIF data. ERROR_MALFORMED when tiles lack: nothing is written.
-     * ERROR_IO when writing failed: the file is cut back to where writing began, so that nothing in it passes for an
-     * image.
+     * Leaves the descriptor's offset at the end of the HEIF data. ERROR_MALFORMED if tiles are missing: nothing is
+     * written. ERROR_IO if writing failed: the file is truncated to where writing began.
      */
     status_t stop() override;
 
     /**
-     * BUFFER_FLAG_MUXER_DATA: EXIF (a TIFF header, behind "Exif",0,0 or that in an APP1 segment, or bare) or an XMP
-     * packet, for the primary image; an empty sample is ignored, an unknown one is dropped with a warning, and both
-     * return OK. BUFFER_FLAG_SYNC_FRAME: the next tile in row-major order, HEVC behind start codes. BAD_VALUE for a
-     * sample too many and for one that is no picture of its own. BUFFER_FLAG_CODEC_CONFIG: ignored, "csd-0" counts.
-     * `timeUs` means nothing in a still image.
+     * BUFFER_FLAG_MUXER_DATA: EXIF (a TIFF header, bare or after "Exif",0,0, also in an APP1 segment) or an XMP packet,
+     * for the primary image. An empty sample is ignored and an unknown one dropped with a warning; both return OK.
+     * BUFFER_FLAG_SYNC_FRAME: the next tile in row-major order, HEVC with start codes. BAD_VALUE for a surplus sample
+     * and for one that does not decode on its own. BUFFER_FLAG_CODEC_CONFIG: ignored in favour of "csd-0". `timeUs` is
+     * ignored.
      */
     status_t writeSampleData(const sp<ABuffer>& buffer, size_t trackIndex, int64_t timeUs, uint32_t flags) override;
 

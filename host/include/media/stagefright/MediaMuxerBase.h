@@ -12,8 +12,7 @@ namespace android {
 struct ABuffer;
 struct AMessage;
 
-/** What a muxer can do, whatever it writes. The calls come in the order create, addTrack, start, writeSampleData, stop.
- */
+/** A muxer of any format. The order of calls is create, addTrack, start, writeSampleData, stop. */
 struct MediaMuxerBase : public RefBase {
     enum OutputFormat {
         OUTPUT_FORMAT_MPEG_4 = 0,
@@ -32,23 +31,22 @@ struct MediaMuxerBase : public RefBase {
     /** Returns the index that `writeSampleData` takes, or a negative status. Only before `start`. */
     virtual ssize_t addTrack(const sp<AMessage>& format) = 0;
 
-    /** Needs one track at least. */
+    /** Needs at least one track. */
     virtual status_t start() = 0;
 
     /** `degrees` clockwise: 0, 90, 180 or 270; anything else is BAD_VALUE. Only before `start`. */
     virtual status_t setOrientationHint(int degrees) = 0;
 
-    /** Finishes the file; blocks until it is written. Once, and only after `start`. */
+    /** Finishes the file and returns when it is written. Only once, after `start`. */
     virtual status_t stop() = 0;
 
-    /** `flags` are the codec's buffer flags. The buffer is the caller's again on return. Only between `start` and
-     * `stop`. */
+    /** `flags` are the codec's buffer flags. The caller may reuse the buffer on return. Between `start` and `stop`. */
     virtual status_t writeSampleData(const sp<ABuffer>& buffer, size_t trackIndex, int64_t timeUs, uint32_t flags) = 0;
 
     /** Tracks added so far; -1 once the muxer has stopped. */
     virtual ssize_t getTrackCount() = 0;
 
-    /** A copy of the format that was added, or null when there is no such track. */
+    /** A copy of the format that was added, or null if there is no such track. */
     virtual sp<AMessage> getTrackFormat(size_t index) = 0;
 };
 

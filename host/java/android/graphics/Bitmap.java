@@ -4,13 +4,13 @@ import java.nio.Buffer;
 import java.nio.ByteBuffer;
 import java.util.Objects;
 
-/** The workstation's bitmap: pixels in direct memory, rows back to back, read by the native bitmap functions. */
+/** The workstation's bitmap: pixels in direct memory without gaps between rows, read by the native bitmap functions. */
 public final class Bitmap {
-    /** How a pixel is stored, with the native format code and size of each. */
+    /** How a pixel is stored. */
     public enum Config {
         ALPHA_8(8, 1),
         RGB_565(4, 2),
-        /** Bytes in the order R, G, B, A whatever the name says. */
+        /** Bytes in the order R, G, B, A, despite the name. */
         ARGB_8888(1, 4),
         RGBA_F16(9, 8);
 
@@ -56,17 +56,12 @@ public final class Bitmap {
         return mConfig;
     }
 
-    /** Distance of two rows in bytes. */
+    /** Bytes from one row to the next. */
     public int getRowBytes() {
         return Math.multiplyExact(mWidth, mConfig.mPixelBytes);
     }
 
-    /** Bytes of all pixels. */
-    public int getByteCount() {
-        return getRowBytes() * mHeight;
-    }
-
-    /** Takes all pixels, as they are stored, from a byte buffer's position on. */
+    /** Copies all pixels, as they are stored, from a byte buffer, starting at its position. */
     public void copyPixelsFromBuffer(Buffer source) {
         ByteBuffer pixels = pixels();
         ByteBuffer bytes = (ByteBuffer) source;
@@ -75,14 +70,14 @@ public final class Bitmap {
         bytes.position(bytes.position() + pixels.capacity());
     }
 
-    /** Puts all pixels, as they are stored, into a byte buffer from its position on. */
+    /** Copies all pixels, as they are stored, into a byte buffer, starting at its position. */
     public void copyPixelsToBuffer(Buffer target) {
         ByteBuffer bytes = (ByteBuffer) target;
         if (bytes.remaining() < pixels().capacity()) throw new RuntimeException("Buffer not large enough for pixels");
         bytes.put(pixels().duplicate());
     }
 
-    /** Gives the pixels back; the bitmap is of no use afterwards. */
+    /** Frees the pixels; the bitmap cannot be used afterwards. */
     public void recycle() {
         mPixels = null;
     }

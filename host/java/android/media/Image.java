@@ -2,7 +2,7 @@ package android.media;
 
 import java.nio.ByteBuffer;
 
-/** A picture as a camera delivers it. The workstation has no camera: its programs make their own. */
+/** A picture as a camera delivers it. The workstation has no camera, so programs make their own. */
 public abstract class Image implements AutoCloseable {
     /** One plane; strides in bytes. */
     public abstract static class Plane {

@@ -3,7 +3,7 @@ package android.system;
 import java.io.FileDescriptor;
 import java.io.InterruptedIOException;
 
-/** System calls. A thread's interrupt neither ends one nor is it taken. */
+/** System calls. Interrupting a thread does not end a call, and the interrupt stays pending. */
 public final class Os {
     static {
         System.loadLibrary("quillplatform");
@@ -41,7 +41,7 @@ public final class Os {
         return result;
     }
 
-    // The call's result, or its error below zero.
+    // The result of the call, or its error as a negative number.
     private static native long fcntl(FileDescriptor fd, int cmd, int arg);
 
     private static native long stat(FileDescriptor fd, long[] fields);

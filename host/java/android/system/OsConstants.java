@@ -1,6 +1,6 @@
 package android.system;
 
-/** The system's numbers. As on a device none is a constant of the language: a class that uses one asks at run time. */
+/** The system's numbers. As on a device, they are not compile-time constants: classes read them at run time. */
 public final class OsConstants {
     static {
         System.loadLibrary("quillplatform");

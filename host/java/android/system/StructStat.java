@@ -1,6 +1,6 @@
 package android.system;
 
-/** What the system says about a file; times in seconds since 1970. */
+/** The attributes of a file; times in seconds since 1970. */
 public final class StructStat {
     public final long st_dev;
     public final long st_ino;
