@@ -11,6 +11,7 @@
 #include "FreeEngine.h"
 #include "Preset.h"
 #include "RateControl.h"
+#include "SpareEngines.h"
 
 namespace quill::host {
 
@@ -90,6 +91,7 @@ void EncodePool::work() {
         if (!code(engine.get(), entry.get())) return fail();
         finish(entry.get());
     }
+    if (engine != nullptr && isReused()) keepSpareEngine(engineSettings(), std::move(engine));
 }
 
 /** The next picture to code; null if the pool stops. */
@@ -107,7 +109,10 @@ std::shared_ptr<EncodePool::Entry> EncodePool::take() {
     }
 }
 
-std::unique_ptr<HevcEngine> EncodePool::openEngine() {
+/** Engines of tiles serve the next still too. */
+bool EncodePool::isReused() const { return mConfig.pictureCount() > 1 && !isEncodingFree(); }
+
+EngineSettings EncodePool::engineSettings() {
     EngineSettings settings;
     settings.width = mConfig.width;
     settings.height = mConfig.height;
@@ -115,11 +120,15 @@ std::unique_ptr<HevcEngine> EncodePool::openEngine() {
     settings.preset = presetFor(mConfig.framePixels());
     settings.qp = qpForQuality(mConfig.quality);
     settings.threaded = mConfig.pictureCount() == 1;
-    {
-        const std::lock_guard<std::mutex> guard(mLock);
-        settings.bitDepth = *mBitDepth;
-    }
-    std::unique_ptr<HevcEngine> engine = isEncodingFree() ? openFreeEngine(settings) : HevcEngine::open(settings);
+    const std::lock_guard<std::mutex> guard(mLock);
+    settings.bitDepth = *mBitDepth;
+    return settings;
+}
+
+std::unique_ptr<HevcEngine> EncodePool::openEngine() {
+    const EngineSettings settings = engineSettings();
+    std::unique_ptr<HevcEngine> engine = isReused() ? takeSpareEngine(settings) : nullptr;
+    if (engine == nullptr) engine = isEncodingFree() ? openFreeEngine(settings) : HevcEngine::open(settings);
     if (engine == nullptr) return nullptr;
     const std::lock_guard<std::mutex> guard(mLock);
     mParameterSets = engine->parameterSets();

@@ -60,6 +60,8 @@ class EncodePool {
 
     void work();
     std::shared_ptr<Entry> take();
+    bool isReused() const;
+    EngineSettings engineSettings();
     std::unique_ptr<HevcEngine> openEngine();
     bool code(HevcEngine* engine, Entry* entry);
     bool codeToBudget(HevcEngine* engine, const PlanarPicture& planar, std::vector<uint8_t>* coded);

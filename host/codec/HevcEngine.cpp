@@ -162,7 +162,8 @@ Param makeParam(const x265_api* api, const EngineSettings& settings) {
     setIntraOnly(param.get());
     setRate(param.get());
     setThreads(settings.threaded, param.get());
-    param->bEnableSAO = 1;  // without it x265 3.5 forgets to free the filter's buffers
+    // Without it x265 3.5 forgets to free the filter's buffers. The engines of tiles stay open.
+    if (settings.threaded) param->bEnableSAO = 1;
     setAspects(settings.aspects, param.get());
     return param;
 }

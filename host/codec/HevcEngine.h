@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "ColorAspects.h"
@@ -19,6 +20,13 @@ struct EngineSettings {
     std::string preset;
     double qp = 20.0;       ///< for pictures without a quantiser of their own
     bool threaded = false;  ///< spread one picture over all cores; else one thread
+
+    bool operator==(const EngineSettings& other) const {
+        const auto fields = [](const EngineSettings& s) {
+            return std::tie(s.width, s.height, s.bitDepth, s.aspects, s.preset, s.qp, s.threaded);
+        };
+        return fields(*this) == fields(other);
+    }
 };
 
 /**
