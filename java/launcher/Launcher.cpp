@@ -82,16 +82,25 @@ std::vector<std::string> vmOptions(const fs::path& vm) {
     const fs::path libraries = beside(QUILL_LIBRARIES_FROM_PROGRAM, "../lib");
     std::string classPath;
     for (const char* const jar : {"quill", "quill-media", "quill-android"}) classPath += jars + "/" + jar + ".jar:";
-    std::vector<std::string> options{"-Djava.class.path=" + classPath + QUILL_JARS_OF_OTHERS,
-                                     "-Djava.library.path=" + libraries.string() + ":" QUILL_LIBRARIES_OF_OTHERS,
-                                     "-Djava.awt.headless=true", "-Dquill.version=" QUILL_VERSION,
-                                     // A 64-megapixel photograph needs its pixels twice.
-                                     "-XX:MaxRAMPercentage=75",
-                                     // What starts soonest.
-                                     "-XX:+UseSerialGC", "-XX:TieredStopAtLevel=1", "-XX:-UsePerfData",
-                                     // Classes as they were loaded when this was installed. Of no use to another JVM:
-                                     // then it says so in its log.
-                                     "-Xlog:disable", "-Xlog:all=error:stderr"};
+    std::vector<std::string> options{
+            "-Djava.class.path=" + classPath + QUILL_JARS_OF_OTHERS,
+            "-Djava.library.path=" + libraries.string() + ":" QUILL_LIBRARIES_OF_OTHERS,
+            "-Djava.awt.headless=true",
+            "-Dquill.version=" QUILL_VERSION,
+            // A 64-megapixel photograph needs its pixels twice. The heap is as large as that asks for, and no larger.
+            "-XX:MaxRAMPercentage=75",
+            "-Xms16m",
+            "-XX:MinHeapFreeRatio=10",
+            "-XX:MaxHeapFreeRatio=30",
+            // What starts soonest.
+            "-XX:+UseSerialGC",
+            "-XX:-UsePerfData",
+            "-XX:+UnlockDiagnosticVMOptions",
+            "-XX:ArchiveRelocationMode=0",
+            // Nothing of the JVM's own on the output: an archive may be of another place.
+            "-Xlog:disable",
+            "-Xlog:all=error:stderr",
+    };
     const fs::path classes = libraries / "quill/classes.jsa";
     if (isArchiveOf(vm, classes)) options.push_back("-XX:SharedArchiveFile=" + classes.string());
     return options;
