@@ -9,7 +9,9 @@ import java.nio.file.Path;
 import java.util.Iterator;
 import javax.imageio.IIOException;
 import javax.imageio.ImageIO;
+import javax.imageio.ImageReadParam;
 import javax.imageio.ImageReader;
+import javax.imageio.ImageTypeSpecifier;
 import javax.imageio.stream.ImageInputStream;
 
 /** The first picture of a file, by whatever plug-in of ImageIO reads it. */
@@ -59,7 +61,7 @@ final class ImageFile {
         ImageReader first = null;
         for (Iterator<ImageReader> readers = ImageIO.getImageReaders(stream); readers.hasNext();) {
             ImageReader reader = readers.next();
-            if (reader.getClass().getName().startsWith(kPlugins)) return reader;
+            if (isPlugin(reader)) return reader;
             if (first == null) first = reader;
         }
         if (first == null) throw new IOException("is not a picture of a kind that can be read (JPEG, PNG, TIFF)");
@@ -73,11 +75,26 @@ final class ImageFile {
             if (firstWarning[0] == null) firstWarning[0] = warning;
         });
         reader.setInput(stream, false, true);
-        BufferedImage image = reader.read(0);
+        BufferedImage image = reader.read(0, asStored(reader));
         // Half a photograph would go unnoticed among many.
         if (isCutShort(firstWarning[0])) throw new IOException("is cut short");
         if (reader.getNumImages(true) > 1) losses.add(Losses.kMorePictures);
         return image;
+    }
+
+    /** Plug-ins would convert colors themselves, with nothing said of those that are lost. CMYK is left to them. */
+    private static ImageReadParam asStored(ImageReader reader) throws IOException {
+        ImageReadParam parameters = reader.getDefaultReadParam();
+        if (!isPlugin(reader)) return parameters;
+        ImageTypeSpecifier stored = reader.getRawImageType(0);
+        int space = stored == null ? ColorSpace.TYPE_CMYK : stored.getColorModel().getColorSpace().getType();
+        boolean known = space == ColorSpace.TYPE_RGB || space == ColorSpace.TYPE_GRAY;
+        if (known) parameters.setDestinationType(stored);
+        return parameters;
+    }
+
+    private static boolean isPlugin(ImageReader reader) {
+        return reader.getClass().getName().startsWith(kPlugins);
     }
 
     private static boolean isCutShort(String warning) {

@@ -79,7 +79,9 @@ final class JpegPixels implements Pixels {
         BufferedImage image = new BufferedImage(width(), height(), type);
         byte[] bytes = ((DataBufferByte) image.getRaster().getDataBuffer()).getData();
         int pixel = isGray() ? TJ.PF_GRAY : TJ.PF_BGR;
-        decode(decoder -> decoder.decompress(bytes, 0, 0, width(), 0, height(), pixel, kFlags));
+        // Chroma becomes 4:2:0 again: what is repeated now averages to what it was, what is smoothed does not.
+        int flags = kFlags | TJ.FLAG_FASTUPSAMPLE;
+        decode(decoder -> decoder.decompress(bytes, 0, 0, width(), 0, height(), pixel, flags));
         return image;
     }
 

@@ -13,6 +13,7 @@ final class StillConversion {
     /** Take the rotation from the photograph. */
     static final int kAutomaticRotation = -1;
 
+    private static final int kUsualSide = 32768;
     private static final int kBits = 8;  // of a sample in every format but P010
 
     private final ColorFormat mFormat;  // null: by the picture
@@ -121,6 +122,8 @@ final class StillConversion {
         ExifBlock.setUpright(photo.exif());
         FrameLayout layout = layoutOf(photo.pixels());
         compareDepths(photo, layout.format());
+        boolean unusual = Math.max(layout.width(), layout.height()) > kUsualSide;
+        if (unusual) photo.losses().note("some readers take no side above " + kUsualSide + " pixels");
         byte[] pixels = new byte[Math.toIntExact(layout.frameBytes())];
         photo.pixels().fill(layout, pixels, photo.losses());
         if (orientation.mMirrored) Plane.of(layout).forEach(plane -> plane.mirror(pixels));

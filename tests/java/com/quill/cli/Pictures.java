@@ -1,6 +1,11 @@
 package com.quill.cli;
 
+import static org.junit.jupiter.api.Assertions.assertEquals;
+
+import java.awt.Color;
+import java.awt.color.ColorSpace;
 import java.awt.image.BufferedImage;
+import java.awt.image.Raster;
 import java.io.ByteArrayOutputStream;
 import java.io.IOException;
 import java.nio.ByteBuffer;
@@ -57,6 +62,40 @@ final class Pictures {
 
     static int orientationAt() {
         return kExifHeaderSize + 8 + 2 + 12 + 8;
+    }
+
+    /** What is shown of an image: gray and color by their stored samples, transparency on white. */
+    static BufferedImage onWhite(BufferedImage image) {
+        BufferedImage shown = new BufferedImage(image.getWidth(), image.getHeight(), BufferedImage.TYPE_INT_RGB);
+        shown.createGraphics().drawImage(image, 0, 0, Color.WHITE, null);
+        Raster raster = image.getRaster();
+        if (image.getColorModel().getColorSpace().getType() != ColorSpace.TYPE_GRAY) return shown;
+        int maximum = (1 << image.getColorModel().getComponentSize(0)) - 1;
+        for (int i = 0; i < image.getWidth() * image.getHeight(); ++i) {
+            int[] samples = raster.getPixel(i % image.getWidth(), i / image.getWidth(), (int[]) null);
+            double opacity = samples.length < 2 ? 1 : (double) samples[1] / maximum;
+            int gray = (int) Math.round(255 * (1 - opacity) + 255.0 * samples[0] / maximum * opacity);
+            shown.setRGB(i % image.getWidth(), i / image.getWidth(), gray * 0x10101);
+        }
+        return shown;
+    }
+
+    static double psnr(BufferedImage expected, BufferedImage actual) {
+        assertEquals(expected.getWidth(), actual.getWidth());
+        assertEquals(expected.getHeight(), actual.getHeight());
+        double squares = 0;
+        for (int y = 0; y < expected.getHeight(); ++y) {
+            for (int x = 0; x < expected.getWidth(); ++x) {
+                int a = expected.getRGB(x, y);
+                int b = actual.getRGB(x, y);
+                for (int shift = 0; shift < 24; shift += 8) {
+                    int difference = (a >> shift & 0xff) - (b >> shift & 0xff);
+                    squares += difference * difference;
+                }
+            }
+        }
+        double mean = squares / (3.0 * expected.getWidth() * expected.getHeight());
+        return 10 * Math.log10(255 * 255 / mean);
     }
 
     /** Position of {@code text} in {@code bytes}, or -1. */
