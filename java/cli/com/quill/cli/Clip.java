@@ -1,10 +1,15 @@
 package com.quill.cli;
 
-import java.io.EOFException;
+import com.quill.inspect.Box;
+import com.quill.inspect.BoxTree;
+import com.quill.inspect.FormatException;
+import com.quill.inspect.HeifSource;
 import java.io.IOException;
-import java.io.RandomAccessFile;
+import java.nio.ByteBuffer;
+import java.nio.charset.StandardCharsets;
 import java.nio.file.Files;
 import java.nio.file.Path;
+import java.util.Arrays;
 import java.util.List;
 import java.util.Map;
 import java.util.Set;
@@ -21,6 +26,7 @@ final class Clip {
             Map.entry("dvh1", "HEVC"), Map.entry("dvhe", "HEVC"), Map.entry("av01", "AV1"), Map.entry("vp09", "VP9"),
             Map.entry("mp4v", "MPEG-4"), Map.entry("s263", "H.263"));
     private static final int kFullBoxSize = 4;
+    private static final int kLongestHeader = kFullBoxSize + 16 + 12;  // of a movie, up to its duration
     private static final int kHandlerTypeAt = kFullBoxSize + 4;
     private static final int kFirstEntryTypeAt = kFullBoxSize + 4 + 4;  // behind the count and the entry's size
     private static final double kMicrosecondsPerSecond = 1e6;
@@ -45,61 +51,55 @@ final class Clip {
         return new Clip(path, Files.size(path), kMp4, null, 0);
     }
 
-    /** A video that viewers can be expected to play; an IOException says why it is none. */
+    /** A video that viewers can be expected to play; an IOException says why it is not one. */
     static Clip read(Path path) throws IOException {
-        try (RandomAccessFile file = new RandomAccessFile(path.toFile(), "r")) {
-            if (file.length() == 0) throw new IOException("is empty");
-            checkBeginning(file);
-            List<FileBox> boxes = FileBox.list(file, 0, file.length());
-            List<FileBox> movie = FileBox.list(file, find(boxes, "moov").mPayload, find(boxes, "moov").mEnd);
+        try (HeifSource file = new HeifSource(path)) {
+            if (file.size() == 0) throw new IOException("is empty");
+            if (file.size() < 8 || !kFirstBoxes.contains(text(file.load(4, 4)))) {
+                throw new IOException("is no MP4 or MOV video");
+            }
+            List<Box> boxes = BoxTree.list(file, 0, file.size());
+            List<Box> movie = inside(file, find(boxes, "moov"));
             String codec = codecOf(file, movie);
-            return new Clip(path, file.length(), mimeOf(file, boxes.get(0)), codec,
-                    durationOf(file, find(movie, "mvhd")));
-        } catch (EOFException e) {
+            return new Clip(path, file.size(), mimeOf(file, boxes.get(0)), codec, durationOf(file, find(movie, "mvhd")));
+        } catch (FormatException e) {
             throw new IOException("is a damaged video, or one cut short", e);
         }
     }
 
-    private static void checkBeginning(RandomAccessFile file) throws IOException {
-        file.seek(4);
-        if (file.length() < 8 || !kFirstBoxes.contains(FileBox.readType(file))) {
-            throw new IOException("is no MP4 or MOV video");
-        }
-    }
-
-    private static FileBox find(List<FileBox> boxes, String type) throws IOException {
-        FileBox box = FileBox.find(boxes, type);
+    private static Box find(List<Box> boxes, String type) throws IOException {
+        Box box = Box.first(boxes, type);
         if (box == null) throw new IOException("is no MP4 or MOV video: it has no '" + type + "' box");
         return box;
     }
 
-    private static String mimeOf(RandomAccessFile file, FileBox first) throws IOException {
-        if (!first.mType.equals("ftyp")) return kQuickTime;
-        file.seek(first.mPayload);
-        return FileBox.readType(file).equals("qt  ") ? kQuickTime : kMp4;
+    private static String mimeOf(HeifSource file, Box first) throws IOException {
+        boolean quickTime = !first.type().equals("ftyp") || typeAt(file, first, 0).equals("qt  ");
+        return quickTime ? kQuickTime : kMp4;
     }
 
-    private static long durationOf(RandomAccessFile file, FileBox header) throws IOException {
-        file.seek(header.mPayload);
-        boolean large = file.readInt() >>> 24 == 1;  // version 1: times of 64 bits
-        file.skipBytes(large ? 16 : 8);
-        long scale = Integer.toUnsignedLong(file.readInt());
-        long duration = large ? file.readLong() : file.readInt();  // all bits set: not known
+    private static long durationOf(HeifSource file, Box header) throws IOException {
+        int bytes = (int) Math.min(header.payloadSize(), kLongestHeader);
+        ByteBuffer in = ByteBuffer.wrap(Arrays.copyOf(file.load(header.payloadOffset(), bytes), kLongestHeader));
+        boolean large = in.get(0) == 1;  // version 1: times of 64 bits
+        int at = kFullBoxSize + (large ? 16 : 8);
+        long scale = Integer.toUnsignedLong(in.getInt(at));
+        long duration = large ? in.getLong(at + 4) : in.getInt(at + 4);  // all bits set: not known
         double microseconds = scale == 0 ? 0 : duration * kMicrosecondsPerSecond / scale;
-        boolean inside = file.getFilePointer() <= header.mEnd;
+        boolean inside = at + (large ? 12 : 8) <= bytes;
         if (!inside || microseconds < 1 || microseconds > kMaxMicroseconds) {
             throw new IOException("does not say how long the video is");
         }
         return (long) microseconds;
     }
 
-    private static String codecOf(RandomAccessFile file, List<FileBox> movie) throws IOException {
-        for (FileBox track : movie) {
-            if (!track.mType.equals("trak")) continue;
-            List<FileBox> media = inside(file, FileBox.list(file, track.mPayload, track.mEnd), "mdia");
-            if (!typeAt(file, FileBox.find(media, "hdlr"), kHandlerTypeAt).equals("vide")) continue;
-            List<FileBox> samples = inside(file, inside(file, media, "minf"), "stbl");
-            return codecNamed(typeAt(file, FileBox.find(samples, "stsd"), kFirstEntryTypeAt));
+    private static String codecOf(HeifSource file, List<Box> movie) throws IOException {
+        for (Box track : movie) {
+            if (!track.type().equals("trak")) continue;
+            List<Box> media = inside(file, Box.first(inside(file, track), "mdia"));
+            if (!typeAt(file, Box.first(media, "hdlr"), kHandlerTypeAt).equals("vide")) continue;
+            List<Box> samples = inside(file, Box.first(inside(file, Box.first(media, "minf")), "stbl"));
+            return codecNamed(typeAt(file, Box.first(samples, "stsd"), kFirstEntryTypeAt));
         }
         throw new IOException("has no video track");
     }
@@ -111,15 +111,17 @@ final class Clip {
         throw new IOException("has a video track whose codec (" + shown + ") is none that viewers play");
     }
 
-    private static List<FileBox> inside(RandomAccessFile file, List<FileBox> boxes, String type) throws IOException {
-        FileBox box = FileBox.find(boxes, type);
-        return box == null ? List.of() : FileBox.list(file, box.mPayload, box.mEnd);
+    private static List<Box> inside(HeifSource file, Box box) throws IOException {
+        return box == null ? List.of() : BoxTree.list(file, box.payloadOffset(), box.end());
     }
 
     /** Four characters of a box's payload; empty when there is no box, or too small a one. */
-    private static String typeAt(RandomAccessFile file, FileBox box, int offset) throws IOException {
+    private static String typeAt(HeifSource file, Box box, int offset) throws IOException {
         if (box == null || box.payloadSize() < offset + 4) return "";
-        file.seek(box.mPayload + offset);
-        return FileBox.readType(file);
+        return text(file.load(box.payloadOffset() + offset, 4));
+    }
+
+    private static String text(byte[] type) {
+        return new String(type, StandardCharsets.ISO_8859_1);
     }
 }

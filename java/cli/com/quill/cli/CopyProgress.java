@@ -1,5 +1,6 @@
 package com.quill.cli;
 
+import com.quill.files.AtomicOutput;
 import java.io.PrintWriter;
 
 /** A line on the terminal while large files are copied behind a still, inside the library. */

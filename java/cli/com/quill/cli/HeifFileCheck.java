@@ -1,8 +1,10 @@
 package com.quill.cli;
 
-import java.io.EOFException;
+import com.quill.inspect.Box;
+import com.quill.inspect.BoxTree;
+import com.quill.inspect.FormatException;
+import com.quill.inspect.HeifSource;
 import java.io.IOException;
-import java.io.RandomAccessFile;
 import java.nio.file.Path;
 import java.util.List;
 
@@ -19,17 +21,17 @@ final class HeifFileCheck {
     }
 
     /** The outermost boxes of a file that is whole. */
-    static List<FileBox> boxes(Path path) throws IOException {
-        try (RandomAccessFile file = new RandomAccessFile(path.toFile(), "r")) {
-            if (file.length() == 0) throw new IOException("the written file is empty");
-            List<FileBox> boxes = FileBox.list(file, 0, file.length());
-            if (!boxes.get(0).mType.equals("ftyp")) throw new IOException("the written file is no HEIF file");
-            if (FileBox.find(boxes, "meta") == null || FileBox.find(boxes, "mdat") == null) {
+    static List<Box> boxes(Path path) throws IOException {
+        try (HeifSource file = new HeifSource(path)) {
+            if (file.size() == 0) throw new IOException("the written file is empty");
+            List<Box> boxes = BoxTree.list(file, 0, file.size());
+            if (!boxes.get(0).type().equals("ftyp")) throw new IOException("the written file is not a HEIF file");
+            if (Box.first(boxes, "meta") == null || Box.first(boxes, "mdat") == null) {
                 throw new IOException("the written file holds no picture");
             }
             return boxes;
-        } catch (EOFException e) {
-            throw new IOException("the written file is incomplete", e);
+        } catch (FormatException e) {
+            throw new IOException("the written file is incomplete: " + e.getMessage(), e);
         }
     }
 }

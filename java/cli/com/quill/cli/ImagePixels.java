@@ -56,6 +56,11 @@ final class ImagePixels implements Pixels {
     }
 
     @Override
+    public boolean isConverted() {
+        return mConversion != null;
+    }
+
+    @Override
     public void fill(FrameLayout layout, byte[] frame, Losses losses) throws IOException {
         YuvPlanes planes = isPlanar(layout.format()) ? new YuvPlanes(layout, frame) : null;
         for (int y = 0; y < height(); y += kBandRows) {

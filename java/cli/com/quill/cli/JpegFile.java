@@ -5,6 +5,9 @@ import com.drew.imaging.jpeg.JpegSegmentData;
 import com.drew.imaging.jpeg.JpegSegmentReader;
 import com.drew.imaging.jpeg.JpegSegmentType;
 import com.drew.lang.SequentialByteArrayReader;
+import com.quill.inspect.ExifBlock;
+import com.twelvemonkeys.imageio.color.ColorSpaces;
+import java.awt.color.ICC_ColorSpace;
 import java.io.ByteArrayOutputStream;
 import java.io.EOFException;
 import java.io.IOException;
@@ -37,7 +40,10 @@ final class JpegFile implements Metadata {
 
     @Override
     public byte[] exif() {
-        return first(JpegSegmentType.APP1, ExifBlock.header());
+        for (byte[] segment : mSegments.getSegments(JpegSegmentType.APP1)) {
+            if (ExifBlock.startsBlock(segment)) return segment;
+        }
+        return null;
     }
 
     /** The profile comes in numbered pieces. */
@@ -52,7 +58,12 @@ final class JpegFile implements Metadata {
                 if (piece) profile.write(segment, kIccHeader, segment.length - kIccHeader);
             }
         }
-        return profile.size() == 0 ? null : profile.toByteArray();
+        return profile.size() == 0 ? unwrittenProfile() : profile.toByteArray();
+    }
+
+    private byte[] unwrittenProfile() {
+        if (!new ExifBlock(exif()).isAdobeRgb()) return null;
+        return ((ICC_ColorSpace) ColorSpaces.getColorSpace(ColorSpaces.CS_ADOBE_RGB_1998)).getProfile().getData();
     }
 
     @Override

@@ -58,6 +58,11 @@ final class JpegPixels implements Pixels {
     }
 
     @Override
+    public boolean isConverted() {
+        return mConversion != null;
+    }
+
+    @Override
     public void fill(FrameLayout layout, byte[] frame, Losses losses) throws IOException {
         boolean asCoded = mConversion == null && layout.format() != ColorFormat.RGBA8888
                 && mColors == TJ.CS_YCbCr && mSampling == TJ.SAMP_420;

@@ -1,5 +1,8 @@
 package com.quill.cli;
 
+import com.quill.files.AtomicOutput;
+import com.quill.inspect.Box;
+import com.quill.inspect.LivePhotoSection;
 import com.quill.media.QuillHeifWriter;
 import java.io.IOException;
 import java.io.RandomAccessFile;
@@ -22,24 +25,16 @@ final class LiveContent implements StillConversion.Content {
     private final List<Section> mSections = new ArrayList<>();
 
     /** A section behind the still as the file must show it. */
-    private static final class Section {
-        final String mType;
-        final long mBytes;
-
-        Section(String type, long bytes) {
-            mType = type;
-            mBytes = bytes;
-        }
-    }
+    private record Section(LivePhotoSection.Kind kind, long bytes) {}
 
     /** {@code xmp} null: the packet is made. An IOException says what cannot be used, by name. */
     LiveContent(Clip clip, Path gainmap, Path extender, Path xmp, CopyProgress progress) throws IOException {
         mClip = clip;
         mGainmap = gainmap;
         mProgress = progress;
-        add("mpvd", clip.mPath, kMaxCopiedBytes);
-        long gainmapBytes = gainmap == null ? -1 : add("gain", gainmap, kMaxCopiedBytes);
-        long extenderBytes = extender == null ? -1 : add("qext", extender, kMaxExtenderBytes);
+        add(LivePhotoSection.Kind.VIDEO, clip.mPath, kMaxCopiedBytes);
+        long gainmapBytes = gainmap == null ? -1 : add(LivePhotoSection.Kind.GAIN_MAP, gainmap, kMaxCopiedBytes);
+        long extenderBytes = extender == null ? -1 : add(LivePhotoSection.Kind.EXTENDER, extender, kMaxExtenderBytes);
         mExtender = extender == null ? null : Files.readAllBytes(extender);
         mXmp = xmp == null ? MotionPhotoXmp.of(clip, gainmapBytes, extenderBytes) : packet(xmp);
     }
@@ -60,21 +55,21 @@ final class LiveContent implements StillConversion.Content {
     /** The sections fill the file from the still to its end, each in the size of its source. */
     @Override
     public void check(Path file) throws IOException {
-        List<FileBox> boxes = HeifFileCheck.boxes(file);
+        List<Box> boxes = HeifFileCheck.boxes(file);
         int still = boxes.size() - mSections.size();
         for (int i = 0; i < mSections.size(); ++i) {
-            FileBox box = still + i < 0 ? null : boxes.get(still + i);
+            Box box = still + i < 0 ? null : boxes.get(still + i);
             Section section = mSections.get(i);
-            if (box == null || !box.mType.equals(section.mType) || box.payloadSize() != section.mBytes) {
-                throw new IOException("the written file lacks a whole '" + section.mType + "' section");
+            if (box == null || !box.type().equals(section.kind.type()) || box.payloadSize() != section.bytes) {
+                throw new IOException("the written file has no whole '" + section.kind.type() + "' section");
             }
         }
     }
 
-    private long add(String type, Path file, long most) throws IOException {
+    private long add(LivePhotoSection.Kind kind, Path file, long most) throws IOException {
         long bytes = Files.size(file);
         if (bytes > most) throw new IOException(file + " is too large: " + bytes + " bytes, more than " + most);
-        mSections.add(new Section(type, bytes));
+        mSections.add(new Section(kind, bytes));
         return bytes;
     }
 
@@ -88,6 +83,6 @@ final class LiveContent implements StillConversion.Content {
 
     @Override
     public long appendedBytes() {
-        return mSections.stream().mapToLong(section -> section.mBytes).sum();
+        return mSections.stream().mapToLong(Section::bytes).sum();
     }
 }

@@ -21,7 +21,7 @@ record Photograph(Pixels pixels, byte[] exif, Losses losses) {
         if (head.startsWith("ftyp", 4)) throw new IOException("is a HEIF or video file, and not read");
         if (head.startsWith("\u00ff\u00d8")) return readJpeg(file);
         Metadata metadata = head.startsWith("\u0089PNG") ? new PngFile(file) : isTiff(head) ? new TiffFile(file) : null;
-        return metadata == null ? readOther(file) : read(file, metadata);
+        return metadata == null ? readOther(file) : read(file, metadata, metadata.profile());
     }
 
     private static Photograph readJpeg(Path file) throws IOException {
@@ -29,14 +29,15 @@ record Photograph(Pixels pixels, byte[] exif, Losses losses) {
         JpegFile metadata = new JpegFile(jpeg);
         Losses losses = new Losses();
         JpegPixels pixels = new JpegPixels(jpeg, metadata.profile(), losses);
-        if (pixels.isFourColors()) return read(file, metadata);
+        if (pixels.isFourColors()) return read(file, metadata, null);
         metadata.addLosses(losses);
         return new Photograph(pixels, metadata.exif(), losses);
     }
 
-    private static Photograph read(Path file, Metadata metadata) throws IOException {
+    /** {@code profile} null: the decoder sees to it. */
+    private static Photograph read(Path file, Metadata metadata, byte[] profile) throws IOException {
         Losses losses = new Losses();
-        Pixels pixels = ImageFile.read(file, metadata.profile(), losses);
+        Pixels pixels = ImageFile.read(file, profile, losses);
         metadata.addLosses(losses);
         return new Photograph(pixels, metadata.exif(), losses);
     }

@@ -12,6 +12,9 @@ interface Pixels {
     /** Bits of a stored sample; a frame keeps as many of them as its format has. */
     int bits();
 
+    /** Whether the stored colors are others than sRGB's. */
+    boolean isConverted();
+
     /** Fills a frame of this size without padding. What turns out to be lost on the way goes to {@code losses}. */
     void fill(FrameLayout layout, byte[] frame, Losses losses) throws IOException;
 }

@@ -5,6 +5,7 @@ import com.drew.imaging.png.PngChunkReader;
 import com.drew.imaging.png.PngChunkType;
 import com.drew.imaging.png.PngProcessingException;
 import com.drew.lang.StreamReader;
+import com.quill.inspect.ExifBlock;
 import java.io.BufferedInputStream;
 import java.io.ByteArrayInputStream;
 import java.io.EOFException;

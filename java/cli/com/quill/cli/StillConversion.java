@@ -1,5 +1,7 @@
 package com.quill.cli;
 
+import com.quill.files.AtomicOutput;
+import com.quill.inspect.ExifBlock;
 import com.quill.media.ColorFormat;
 import com.quill.media.FrameLayout;
 import com.quill.media.QuillHeifWriter;
@@ -115,11 +117,13 @@ final class StillConversion {
     Frame load(Path file) throws IOException {
         long start = System.nanoTime();
         Photograph photo = Photograph.read(file);
+        ExifBlock exif = new ExifBlock(photo.exif());
         Orientation orientation = mRotation == kAutomaticRotation
-                ? Orientation.ofTiff(ExifBlock.orientation(photo.exif()))
+                ? Orientation.ofTiff(exif.orientation())
                 : Orientation.ofRotation(mRotation);
         // The container turns the picture now; a reader that heeds both would turn it twice.
-        ExifBlock.setUpright(photo.exif());
+        exif.setUpright();
+        if (photo.pixels().isConverted()) exif.setSrgb();
         FrameLayout layout = layoutOf(photo.pixels());
         compareDepths(photo, layout.format());
         boolean unusual = Math.max(layout.width(), layout.height()) > kUsualSide;

@@ -7,20 +7,23 @@ import java.util.List;
  * there is has the size of what there is. The type is four printable characters.
  */
 public record Box(String type, long offset, long size, int headerSize, List<Box> children) {
-    long payloadOffset() {
+    /** Where the payload begins. */
+    public long payloadOffset() {
         return offset + headerSize;
     }
 
-    long payloadSize() {
+    /** Bytes behind the header. */
+    public long payloadSize() {
         return size - headerSize;
     }
 
-    long end() {
+    /** Where the next box begins. */
+    public long end() {
         return offset + size;
     }
 
     /** The first box of this type in {@code boxes}, or null. */
-    static Box first(List<Box> boxes, String type) {
+    public static Box first(List<Box> boxes, String type) {
         for (Box box : boxes) {
             if (box.type.equals(type)) return box;
         }

@@ -6,8 +6,8 @@ import java.util.List;
 import java.util.Map;
 import java.util.Set;
 
-/** Finds the boxes of a file. Their payloads are not read, except for the sizes of the boxes inside. */
-final class BoxTree {
+/** Finds the boxes of a file (ISO/IEC 14496-12). Their payloads are not read, except for the sizes of the boxes inside. */
+public final class BoxTree {
     private static final int kHeaderSize = 8;
     private static final int kLargeHeaderSize = 16;
     private static final int kSizeUpToTheEnd = 0;
@@ -37,6 +37,17 @@ final class BoxTree {
 
     static List<Box> read(HeifSource source, Problems problems) throws IOException {
         return new BoxTree(source, problems).readBoxes(0, source.size(), 0, "the file");
+    }
+
+    /**
+     * The boxes that fill {@code start} to {@code end}, without what is in them. A FormatException when they do not: one
+     * is cut short, or smaller than its own header.
+     */
+    public static List<Box> list(HeifSource source, long start, long end) throws IOException {
+        Problems problems = new Problems();
+        List<Box> boxes = new BoxTree(source, problems).readBoxes(start, end, kMaxDepth, "the file");
+        if (!problems.messages().isEmpty()) throw new FormatException(problems.messages().get(0));
+        return boxes;
     }
 
     private List<Box> readBoxes(long start, long end, int depth, String parent) throws IOException {

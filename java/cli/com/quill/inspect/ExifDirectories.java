@@ -14,9 +14,7 @@ final class ExifDirectories {
     private static final int kOffsetFieldSize = 4;
     private static final int kTiffHeaderSize = 8;
     private static final int kTiffMagic = 42;
-    private static final int kEntrySize = 12;
     private static final int kValueFieldSize = 4;
-    private static final int kMaxEntries = 1024;
     private static final int kMaxNotes = 20;
 
     private final ByteReader mTiff;
@@ -43,7 +41,9 @@ final class ExifDirectories {
         return new ExifData(itemId, sample, at, orderOf(tiff), reader.mDirectories, thumbnail, reader.mNotes);
     }
 
-    private static ByteOrder orderOf(byte[] tiff) throws FormatException {
+    /** The byte order that a TIFF structure begins with. */
+    static ByteOrder orderOf(byte[] tiff) throws FormatException {
+        if (tiff.length < kTiffHeaderSize) throw new FormatException("has no TIFF header where it should be");
         boolean little = tiff[0] == 'I' && tiff[1] == 'I';
         boolean big = tiff[0] == 'M' && tiff[1] == 'M';
         if (!little && !big) throw new FormatException("has no TIFF header where it should be");
@@ -80,26 +80,27 @@ final class ExifDirectories {
             note(name + " should be at " + at + ", outside the block");
             return 0;
         }
-        int count = mTiff.seek(at).u16();
-        long first = at + 2;
-        int there = Math.min(Math.min(count, kMaxEntries), (int) ((mTiff.size() - first) / kEntrySize));
-        if (there < count) note(name + ": only " + there + " of " + count + " entries are read");
+        TiffDirectory directory = TiffDirectory.read(mTiff, at);
+        int there = directory.fields().size();
+        if (there < directory.claimed()) {
+            note(name + ": only " + there + " of " + directory.claimed() + " entries are read");
+        }
         List<ExifEntry> entries = new ArrayList<>();
-        for (int i = 0; i < there; ++i) entries.add(readEntry(name, first + (long) i * kEntrySize, names));
+        for (TiffDirectory.Field field : directory.fields()) entries.add(readEntry(name, field, names));
         mDirectories.add(new ExifDirectory(name, at, entries));
-        long end = first + (long) count * kEntrySize;
-        return mTiff.holds(end, 4) ? mTiff.seek(end).u32() : 0;
+        return directory.next();
     }
 
-    private ExifEntry readEntry(String directory, long at, Map<Integer, String> names) throws FormatException {
-        int tag = mTiff.seek(at).u16();
-        int typeNumber = mTiff.u16();
-        long count = mTiff.u32();
-        ExifValues.Type type = ExifValues.Type.of(typeNumber);
+    private ExifEntry readEntry(String directory, TiffDirectory.Field field, Map<Integer, String> names)
+            throws FormatException {
+        int tag = field.tag();
+        long count = field.count();
+        ExifValues.Type type = ExifValues.Type.of(field.type());
         if (type == null) {
-            return new ExifEntry(tag, names.get(tag), Integer.toString(typeNumber), count, "(of an unknown type)", -1);
+            return new ExifEntry(tag, names.get(tag), Integer.toString(field.type()), count, "(of an unknown type)", -1);
         }
         long size = count * type.mSize;  // at most 2^35
+        mTiff.seek(field.valueAt());
         long valueAt = size <= kValueFieldSize ? mTiff.position() : mTiff.u32();
         if (!mTiff.holds(valueAt, size)) {
             note(directory + ": the value of tag 0x" + Integer.toHexString(tag) + " lies outside the block");

@@ -5,9 +5,12 @@ import java.util.Map;
 
 /** Names of the common tags, as TIFF 6.0 and EXIF give them. Numbers mean different things in different directories. */
 final class ExifTags {
+    static final int kOrientation = 0x0112;
     static final int kExifPointer = 0x8769;
     static final int kGpsPointer = 0x8825;
     static final int kInteropPointer = 0xa005;
+    static final int kColorSpace = 0xa001;
+    static final int kInteropIndex = 0x0001;
     static final int kStripOffsets = 0x0111;
     static final int kThumbnailOffset = 0x0201;
     static final int kThumbnailSize = 0x0202;

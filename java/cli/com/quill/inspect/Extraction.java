@@ -1,22 +1,21 @@
 package com.quill.inspect;
 
+import com.quill.files.AtomicOutput;
 import java.io.IOException;
 import java.nio.channels.FileChannel;
 import java.nio.file.Files;
 import java.nio.file.Path;
-import java.nio.file.StandardCopyOption;
 import java.nio.file.StandardOpenOption;
 import java.util.ArrayList;
 import java.util.LinkedHashMap;
 import java.util.List;
 import java.util.Map;
-import java.util.concurrent.ThreadLocalRandom;
 
 /** Writes the parts of a file as files of their own: of each kind the first. Live-photo sections are never in memory. */
 public final class Extraction {
     private Extraction() {}
 
-    /** Writes one part to a file that is not there yet. */
+    /** Writes one part to an empty file. */
     private interface Part {
         void writeTo(Path file) throws IOException;
     }
@@ -54,7 +53,7 @@ public final class Extraction {
 
     private static void copySection(Path source, LivePhotoSection section, Path target) throws IOException {
         try (FileChannel from = FileChannel.open(source, StandardOpenOption.READ);
-                FileChannel to = FileChannel.open(target, StandardOpenOption.WRITE, StandardOpenOption.CREATE_NEW)) {
+                FileChannel to = FileChannel.open(target, StandardOpenOption.WRITE)) {
             for (long done = 0; done < section.size(); ) {
                 long copied = from.transferTo(section.offset() + done, section.size() - done, to);
                 if (copied <= 0) throw new IOException(source + " became shorter while it was read");
@@ -70,14 +69,9 @@ public final class Extraction {
     }
 
     private static void writeWhole(Path target, Part part) throws IOException {
-        String unique = Long.toString(ThreadLocalRandom.current().nextLong(Long.MAX_VALUE), Character.MAX_RADIX);
-        Path growing = target.resolveSibling("." + unique + ".part");
-        growing.toFile().deleteOnExit();  // when the process is interrupted
-        try {
-            part.writeTo(growing);
-            Files.move(growing, target, StandardCopyOption.ATOMIC_MOVE);
-        } finally {
-            Files.deleteIfExists(growing);
+        try (AtomicOutput output = new AtomicOutput(target)) {
+            part.writeTo(output.growing());
+            output.publish(whole -> {}, null);
         }
     }
 }

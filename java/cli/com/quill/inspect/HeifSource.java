@@ -7,8 +7,8 @@ import java.nio.channels.FileChannel;
 import java.nio.file.Path;
 import java.nio.file.StandardOpenOption;
 
-/** The file under inspection. Every read is checked against its length, and all reads together against a limit. */
-final class HeifSource implements Closeable {
+/** A file that is looked into. Every read is checked against its length, and all reads together against a limit. */
+public final class HeifSource implements Closeable {
     /** The most that is read in one piece: far beyond any metadata, far below what memory holds. */
     static final int kMaxPiece = 16 << 20;
 
@@ -18,12 +18,14 @@ final class HeifSource implements Closeable {
     private final long mSize;
     private long mRead;
 
-    HeifSource(Path path) throws IOException {
+    /** Opens a regular file. */
+    public HeifSource(Path path) throws IOException {
         mChannel = FileChannel.open(path, StandardOpenOption.READ);
         mSize = mChannel.size();
     }
 
-    long size() {
+    /** Bytes of the file. */
+    public long size() {
         return mSize;
     }
 
@@ -31,7 +33,8 @@ final class HeifSource implements Closeable {
         return offset >= 0 && size >= 0 && offset <= mSize && size <= mSize - offset;
     }
 
-    byte[] load(long offset, long size) throws IOException {
+    /** Some bytes; a FormatException when the file does not hold them. */
+    public byte[] load(long offset, long size) throws IOException {
         if (!holds(offset, size)) throw new FormatException("lies outside the file");
         if (size > kMaxPiece) throw new FormatException("is too large to be read: " + size + " bytes");
         mRead += size;

@@ -7,9 +7,9 @@ import java.util.List;
  * What follows the still in a live photo's file: a box of its own behind the others. Offset and size are those of the
  * payload, in bytes of the file.
  */
-record LivePhotoSection(Kind kind, long offset, long size) {
+public record LivePhotoSection(Kind kind, long offset, long size) {
     /** In the order they stand in. */
-    enum Kind {
+    public enum Kind {
         VIDEO("mpvd", "video", "video.mp4"),
         GAIN_MAP("gain", "gain map", "gainmap.bin"),
         EXTENDER("qext", "extender", "extender.bin");
@@ -22,6 +22,11 @@ record LivePhotoSection(Kind kind, long offset, long size) {
             mType = type;
             mName = name;
             mFile = file;
+        }
+
+        /** Of the box. */
+        public String type() {
+            return mType;
         }
 
         static Kind ofType(String type) {

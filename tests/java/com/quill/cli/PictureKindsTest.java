@@ -25,6 +25,7 @@ import java.util.Arrays;
 import java.util.Iterator;
 import java.util.List;
 import java.util.Map;
+import java.util.Set;
 import java.util.TreeMap;
 import java.util.stream.Stream;
 import javax.imageio.IIOImage;
@@ -77,11 +78,8 @@ class PictureKindsTest extends CommandFixture {
     }
 
     private static void addKinds() {
-        for (String format : new String[] {"i420", "nv12", "nv21", "p010", "rgba"}) {
-            shown("photograph of 8 megapixels, " + format, "p.jpg", format.equals("rgba") ? 40 : 42, "XMP",
-                    file -> copy("phone-3264x2448.jpg", file), "--format", format);
-        }
-        shown("photograph, EXIF in big-endian order", "p.jpg", 40, "", file -> copy("phone-4608x1976-big-endian.jpg", file));
+        shown("photograph of 8 megapixels", "p.jpg", 42, "XMP",
+                file -> ImageIO.read(Files.copy(kPhotos.resolve("phone-3264x2448.jpg"), file).toFile()));
         addJpegs();
         addPngs();
         addTiffs();
@@ -94,10 +92,14 @@ class PictureKindsTest extends CommandFixture {
             int sampling = i;
             shown("JPEG, " + samplings[i], "p.jpg", 36, "", file -> jpeg(file, source(sampling == TJ.SAMP_GRAY), sampling, 0));
         }
+        for (String format : new String[] {"nv12", "nv21", "p010", "rgba"}) {
+            shown("JPEG, 4:2:0, " + format, "p.jpg", 36, format.equals("p010") ? "have 8 bits" : "",
+                    file -> jpeg(file, source(false), TJ.SAMP_420, 0), "--format", format);
+        }
         shown("JPEG, progressive", "p.jpg", 36, "", file -> jpeg(file, source(false), TJ.SAMP_420, TJ.FLAG_PROGRESSIVE));
         shown("JPEG, YCCK", "p.jpg", 20, "", PictureKindsTest::ycck);
         shown("JPEG, CMYK", "p.jpg", 20, "", PictureKindsTest::cmyk);
-        for (String profile : new String[] {"Adobe RGB", "Display P3", "ProPhoto RGB"}) {
+        for (String profile : new String[] {"Adobe RGB", "Adobe RGB by EXIF", "Display P3", "ProPhoto RGB"}) {
             shown("JPEG, " + profile, "p.jpg", 36, "colors outside sRGB", file -> profiled(file, profile));
         }
         shown("JPEG, sRGB profile", "p.jpg", 36, "", file -> profiled(file, "sRGB"));
@@ -110,7 +112,8 @@ class PictureKindsTest extends CommandFixture {
         });
         shown("JPEG with XMP, IPTC and a comment", "p.jpg", 36, "not kept: XMP, IPTC, a comment",
                 file -> tagged(file, "-XMP:Title=t", "-IPTC:Keywords=k", "-Comment=c"));
-        for (int orientation : new int[] {2, 6, 7}) {
+        for (int i = 2; i <= 8; ++i) {
+            int orientation = i;
             shown("JPEG, EXIF orientation " + orientation, "p.jpg", 36, "", file -> oriented(file, orientation));
         }
         shown("JPEG, 64 kB of EXIF", "p.jpg", 36, "", file -> withExif(file, Arrays.copyOf(exif(1), 65533)));
@@ -193,10 +196,6 @@ class PictureKindsTest extends CommandFixture {
         });
     }
 
-    private static BufferedImage copy(String photo, Path file) throws IOException {
-        return ImageIO.read(Files.copy(kPhotos.resolve(photo), file).toFile());
-    }
-
     /** The usual picture; gray: with equal components. */
     private static BufferedImage source(boolean gray) {
         BufferedImage image = Pictures.picture(kWidth, kHeight);
@@ -261,7 +260,8 @@ class PictureKindsTest extends CommandFixture {
             write(file, stored, file.toString().endsWith("png") ? "png" : "tiff");
         }
         Path icc = Files.write(file.resolveSibling("profile.icc"), profile.getData());
-        Programs.run("exiftool", "-overwrite_original", "-icc_profile<=" + icc, file.toString());
+        String tag = name.endsWith("EXIF") ? "-InteropIndex=R03" : "-icc_profile<=" + icc;
+        Programs.run("exiftool", "-overwrite_original", tag, "-ColorSpace=Uncalibrated", file.toString());
         return image;
     }
 
@@ -273,7 +273,7 @@ class PictureKindsTest extends CommandFixture {
         double[][] p3 = {{.5151, .2412, -.0011}, {.2920, .6922, .0419}, {.1571, .0666, .7841}};
         double[][] proPhoto = {{.7977, .2880, 0}, {.1352, .7119, 0}, {.0313, .0001, .8249}};
         int[] tags = {ICC_Profile.icSigRedColorantTag, ICC_Profile.icSigGreenColorantTag, ICC_Profile.icSigBlueColorantTag};
-        for (int i = 0; i < 3 && !name.equals("Adobe RGB"); ++i) {
+        for (int i = 0; i < 3 && !name.startsWith("Adobe RGB"); ++i) {
             ByteBuffer xyz = ByteBuffer.allocate(20).putInt(ICC_Profile.icSigXYZData).putInt(0);
             for (double value : name.equals("Display P3") ? p3[i] : proPhoto[i]) xyz.putInt((int) Math.round(value * 65536));
             profile.setData(tags[i], xyz.array());
@@ -296,9 +296,9 @@ class PictureKindsTest extends CommandFixture {
         BufferedImage shown = new BufferedImage(turned ? kHeight : kWidth, turned ? kWidth : kHeight, BufferedImage.TYPE_INT_RGB);
         for (int y = 0; y < shown.getHeight(); ++y) {
             for (int x = 0; x < shown.getWidth(); ++x) {
-                int right = shown.getWidth() - 1 - x, below = shown.getHeight() - 1 - y;
-                shown.setRGB(x, y, orientation == 2 ? image.getRGB(right, y)
-                        : orientation == 6 ? image.getRGB(y, right) : image.getRGB(below, right));
+                int u = Set.of(2, 3, 6, 7).contains(orientation) ? shown.getWidth() - 1 - x : x;
+                int v = Set.of(3, 4, 7, 8).contains(orientation) ? shown.getHeight() - 1 - y : y;
+                shown.setRGB(x, y, turned ? image.getRGB(v, u) : image.getRGB(u, v));
             }
         }
         return shown;
@@ -401,10 +401,13 @@ class PictureKindsTest extends CommandFixture {
             assertTrue(levels() >= 100, levels() + " levels");
             shown += ", " + levels() + " of 257 levels";
         }
-        if (kind.name.contains("with EXIF,")) {
-            assertEquals("m", new String(Programs.run("exiftool", "-s3", "-Make", in("still.heic").toString())).strip());
-        }
+        if (kind.name.contains("with EXIF,")) assertExif("-Make", "m");
+        if (kind.name.endsWith("by EXIF")) assertExif("-ColorSpace", "sRGB");
         kRows.put(kKinds.indexOf(kind), "| " + kind.name + " | " + shown + " | " + told + " |\n");
+    }
+
+    private void assertExif(String tag, String value) throws Exception {
+        assertEquals(value, new String(Programs.run("exiftool", "-s3", tag, in("still.heic").toString())).strip());
     }
 
     private double psnr(Kind kind, BufferedImage expected) throws Exception {

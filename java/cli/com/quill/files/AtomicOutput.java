@@ -1,4 +1,4 @@
-package com.quill.cli;
+package com.quill.files;
 
 import java.io.FileDescriptor;
 import java.io.IOException;
@@ -14,7 +14,7 @@ import java.util.concurrent.ThreadLocalRandom;
  * A file that appears under its name only when it is whole. It grows under another name in the same folder, which goes
  * away on close, and when the process is interrupted.
  */
-final class AtomicOutput implements AutoCloseable {
+public final class AtomicOutput implements AutoCloseable {
     private static final int kProbeBytes = 1 << 20;
 
     private static final Set<Path> gUnfinished = new HashSet<>();
@@ -25,7 +25,7 @@ final class AtomicOutput implements AutoCloseable {
     }
 
     /** Throws when the file at a path is not whole. */
-    interface Check {
+    public interface Check {
         void check(Path file) throws IOException;
     }
 
@@ -33,19 +33,25 @@ final class AtomicOutput implements AutoCloseable {
     private final Path mGrowing;
     private final RandomAccessFile mFile;
 
-    AtomicOutput(Path target) throws IOException {
+    /** A file that grows beside {@code target}. */
+    public AtomicOutput(Path target) throws IOException {
         mTarget = target;
         mGrowing = createBeside(target);
         mFile = new RandomAccessFile(mGrowing.toFile(), "rw");
     }
 
     /** Open for reading and writing at offset 0. */
-    FileDescriptor descriptor() throws IOException {
+    public FileDescriptor descriptor() throws IOException {
         return mFile.getFD();
     }
 
+    /** The file under its name so far, to be written by this name. */
+    public Path growing() {
+        return mGrowing;
+    }
+
     /** Bytes written so far; callable from any thread. 0 once the file is closed. */
-    long size() {
+    public long size() {
         return mGrowing.toFile().length();
     }
 
@@ -53,7 +59,7 @@ final class AtomicOutput implements AutoCloseable {
      * Why the file cannot take {@code bytes}, or null when it can or is closed already; spoils what was written. What
      * failed for want of room has been taken back by then, so asking for less tells nothing.
      */
-    String whyFull(long bytes) {
+    public String whyFull(long bytes) {
         if (!mFile.getChannel().isOpen()) return null;
         byte[] probe = new byte[kProbeBytes];
         try {
@@ -69,14 +75,14 @@ final class AtomicOutput implements AutoCloseable {
     }
 
     /**
-     * Brings the data to the disk, checks the file, dates it like {@code source} and gives it its name, replacing a file
+     * Brings the data to the disk, checks the file, dates it like {@code source}, unless that is null, and gives it its name, replacing a file
      * that has it already.
      */
-    void publish(Check check, Path source) throws IOException {
+    public void publish(Check check, Path source) throws IOException {
         mFile.getFD().sync();
         check.check(mGrowing);
         mFile.close();
-        Files.setLastModifiedTime(mGrowing, Files.getLastModifiedTime(source));
+        if (source != null) Files.setLastModifiedTime(mGrowing, Files.getLastModifiedTime(source));
         Files.move(mGrowing, mTarget, StandardCopyOption.ATOMIC_MOVE);
         forget(mGrowing);
     }
