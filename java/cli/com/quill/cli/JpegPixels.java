@@ -68,10 +68,10 @@ final class JpegPixels implements Pixels {
                 && mColors == TJ.CS_YCbCr && mSampling == TJ.SAMP_420;
         if (asCoded) {
             YuvPlanes planes = new YuvPlanes(layout, frame);
-            decode(decoder -> decoder.decompressToYUV(planes.rows(0, height()), kFlags));
+            decode(decoder -> decoder.decompressToYUV(planes.rows(0, height()), kFlags), losses);
             planes.store();
         } else {
-            new ImagePixels(image(), mConversion).fill(layout, frame, losses);
+            new ImagePixels(image(losses), mConversion).fill(layout, frame, losses);
         }
     }
 
@@ -79,14 +79,14 @@ final class JpegPixels implements Pixels {
         return mColors == TJ.CS_GRAY;
     }
 
-    private BufferedImage image() throws IOException {
+    private BufferedImage image(Losses losses) throws IOException {
         int type = isGray() ? BufferedImage.TYPE_BYTE_GRAY : BufferedImage.TYPE_3BYTE_BGR;
         BufferedImage image = new BufferedImage(width(), height(), type);
         byte[] bytes = ((DataBufferByte) image.getRaster().getDataBuffer()).getData();
         int pixel = isGray() ? TJ.PF_GRAY : TJ.PF_BGR;
         // Chroma becomes 4:2:0 again: what is repeated now averages to what it was, what is smoothed does not.
         int flags = kFlags | TJ.FLAG_FASTUPSAMPLE;
-        decode(decoder -> decoder.decompress(bytes, 0, 0, width(), 0, height(), pixel, flags));
+        decode(decoder -> decoder.decompress(bytes, 0, 0, width(), 0, height(), pixel, flags), losses);
         return image;
     }
 
@@ -94,12 +94,12 @@ final class JpegPixels implements Pixels {
         void run(TJDecompressor decoder) throws TJException;
     }
 
-    private void decode(Decoding decoding) throws IOException {
+    private void decode(Decoding decoding, Losses losses) throws IOException {
         try (TJDecompressor decoder = new TJDecompressor(mJpeg)) {
             decoding.run(decoder);
         } catch (TJException e) {
-            if (isHarmless(e)) return;
-            throw new IOException(reason(e), e);
+            if (!isHarmless(e)) throw new IOException(reason(e), e);
+            losses.note("its decoder warns: " + e.getMessage());
         }
     }
 

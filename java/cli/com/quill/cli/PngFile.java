@@ -4,6 +4,7 @@ import com.drew.imaging.png.PngChunk;
 import com.drew.imaging.png.PngChunkReader;
 import com.drew.imaging.png.PngChunkType;
 import com.drew.imaging.png.PngProcessingException;
+import com.drew.lang.SequentialReader;
 import com.drew.lang.StreamReader;
 import com.quill.inspect.ExifBlock;
 import java.io.BufferedInputStream;
@@ -35,7 +36,7 @@ final class PngFile implements Metadata {
     PngFile(Path file) throws IOException {
         Losses texts = new Losses();
         try (InputStream stream = new BufferedInputStream(Files.newInputStream(file))) {
-            for (PngChunk chunk : new PngChunkReader().extract(new StreamReader(stream), types())) {
+            for (PngChunk chunk : new PngChunkReader().extract(reader(stream, Files.size(file)), types())) {
                 String type = chunk.getType().getIdentifier();
                 if (kTexts.contains(type)) texts.add(kindOf(chunk.getBytes()));
                 mChunks.putIfAbsent(type, chunk.getBytes());
@@ -46,6 +47,17 @@ final class PngFile implements Metadata {
             throw new IOException("cannot be decoded: " + e.getMessage(), e);
         }
         mTexts = texts.kinds();
+    }
+
+    /** Makes no room for a chunk that claims to be larger than the file. */
+    private static SequentialReader reader(InputStream stream, long size) {
+        return new StreamReader(stream) {
+            @Override
+            public byte[] getBytes(int count) throws IOException {
+                if (count > size - getPosition()) throw new EOFException("a chunk leads behind the end");
+                return super.getBytes(count);
+            }
+        };
     }
 
     @Override

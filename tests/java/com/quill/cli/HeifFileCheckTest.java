@@ -1,6 +1,5 @@
 package com.quill.cli;
 
-import static org.junit.jupiter.api.Assertions.assertDoesNotThrow;
 import static org.junit.jupiter.api.Assertions.assertThrows;
 
 import java.io.IOException;
@@ -34,31 +33,14 @@ class HeifFileCheckTest {
     }
 
     @Test
-    void check_WholeFileAndBoxUpToTheEndPass() {
-        assertDoesNotThrow(() -> check(whole()));
-        byte[] openEnded = whole();
-        openEnded[16 + 12 + 3] = 0;
-        assertDoesNotThrow(() -> check(openEnded));
-    }
-
-    @Test
-    void check_FileCutAtAnyLengthIsFound() {
+    void check_FileCutAtAnyLengthIsFound() throws IOException {
         byte[] whole = whole();
+        check(whole);
         for (int length = 0; length < whole.length; ++length) {
             byte[] cut = Arrays.copyOf(whole, length);
             assertThrows(IOException.class, () -> check(cut), "cut to " + length);
         }
-    }
-
-    @Test
-    void check_OtherFilesAndSizesThatLeadNowhereAreFound() {
-        byte[] headless = Arrays.copyOfRange(whole(), 16, whole().length);
+        byte[] headless = Arrays.copyOfRange(whole, 16, whole.length);
         assertThrows(IOException.class, () -> check(headless));
-        byte[] negative = whole();
-        negative[16 + 12 + 8] = (byte) 0x80;
-        assertThrows(IOException.class, () -> check(negative));
-        byte[] tiny = whole();
-        tiny[16 + 3] = 4;
-        assertThrows(IOException.class, () -> check(tiny));
     }
 }

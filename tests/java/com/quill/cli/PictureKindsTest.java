@@ -133,6 +133,13 @@ class PictureKindsTest extends CommandFixture {
             Files.write(file, bytes);
             return null;
         });
+        shown("JPEG, bytes behind its scan", "p.jpg", 36, "extraneous bytes", file -> {
+            BufferedImage image = jpeg(file, source(false), TJ.SAMP_420, 0);
+            byte[] bytes = Files.readAllBytes(file);
+            Files.write(file, ByteBuffer.allocate(bytes.length + 9).put(bytes).putShort(bytes.length - 2, (short) 0)
+                    .putShort(bytes.length + 7, (short) 0xffd9).array());
+            return image;
+        });
         refused("JPEG, cut", "p.jpg", "is cut short", file -> cut(file, f -> jpeg(f, source(false), TJ.SAMP_420, 0)));
     }
 
