@@ -94,7 +94,7 @@ class PictureKindsTest extends CommandFixture {
         }
         for (String format : new String[] {"nv12", "nv21", "p010", "rgba"}) {
             shown("JPEG, 4:2:0, " + format, "p.jpg", 36, format.equals("p010") ? "have 8 bits" : "",
-                    file -> jpeg(file, source(false), TJ.SAMP_420, 0), "--format", format);
+                    file -> write(file, source(false)), "--format", format);
         }
         shown("JPEG, progressive", "p.jpg", 36, "", file -> jpeg(file, source(false), TJ.SAMP_420, TJ.FLAG_PROGRESSIVE));
         shown("JPEG, YCCK", "p.jpg", 20, "", PictureKindsTest::ycck);
@@ -104,11 +104,11 @@ class PictureKindsTest extends CommandFixture {
         }
         shown("JPEG, sRGB profile", "p.jpg", 36, "", file -> profiled(file, "sRGB"));
         shown("JPEG, a profile that is none", "p.jpg", 36, "damaged color profile", file -> {
-            BufferedImage image = profiled(file, "sRGB");
+            profiled(file, "sRGB");
             byte[] bytes = Files.readAllBytes(file);
             Arrays.fill(bytes, Pictures.find(bytes, "ICC_PROFILE") + 30, Pictures.find(bytes, "ICC_PROFILE") + 2000, (byte) 7);
             Files.write(file, bytes);
-            return image;
+            return source(false);
         });
         shown("JPEG with XMP, IPTC and a comment", "p.jpg", 36, "not kept: XMP, IPTC, a comment",
                 file -> tagged(file, "-XMP:Title=t", "-IPTC:Keywords=k", "-Comment=c"));
@@ -122,85 +122,79 @@ class PictureKindsTest extends CommandFixture {
             block[block.length - 1] = block[block.length - 4] = 8;  // the next directory is the first
             return withExif(file, block);
         });
-        shown("JPEG, 1 x 1", "p.jpg", 36, "", file -> jpeg(file, Pictures.picture(1, 1), TJ.SAMP_420, 0));
-        shown("JPEG, 65500 x 64", "p.jpg", 36, "no side above 32768", file -> jpeg(file, Pictures.picture(65500, 64), TJ.SAMP_420, 0));
+        shown("JPEG, 1 x 1", "p.jpg", 36, "", file -> write(file, Pictures.picture(1, 1)));
+        shown("JPEG, 65500 x 64", "p.jpg", 36, "no side above 32768", file -> write(file, Pictures.picture(65500, 64)));
         refused("JPEG, 655 x 63 as nv12", "p.jpg", "takes an even width and height",
-                file -> jpeg(file, Pictures.picture(655, 63), TJ.SAMP_420, 0), "--format", "nv12");
+                file -> write(file, Pictures.picture(655, 63)), "--format", "nv12");
         refused("JPEG, 12 bits", "p.jpg", "precision 12", file -> {
-            jpeg(file, source(false), TJ.SAMP_420, 0);
+            write(file, source(false));
             byte[] bytes = Files.readAllBytes(file);
             bytes[Pictures.find(bytes, "\u00ff\u00c0") + 4] = 12;
-            Files.write(file, bytes);
-            return null;
+            return none(Files.write(file, bytes));
         });
         shown("JPEG, bytes behind its scan", "p.jpg", 36, "extraneous bytes", file -> {
-            BufferedImage image = jpeg(file, source(false), TJ.SAMP_420, 0);
+            BufferedImage image = write(file, source(false));
             byte[] bytes = Files.readAllBytes(file);
             Files.write(file, ByteBuffer.allocate(bytes.length + 9).put(bytes).putShort(bytes.length - 2, (short) 0)
                     .putShort(bytes.length + 7, (short) 0xffd9).array());
             return image;
         });
-        refused("JPEG, cut", "p.jpg", "is cut short", file -> cut(file, f -> jpeg(f, source(false), TJ.SAMP_420, 0)));
+        refused("JPEG, cut", "p.jpg", "is cut short", file -> cut(file, f -> write(f, source(false))));
     }
 
     private static void addPngs() {
         for (int bits : new int[] {1, 2, 4, 8}) {
-            shown("PNG, gray of " + bits, "p.png", 34, "", file -> png(file, indexed(bits, true)));
-            shown("PNG, palette of " + bits, "p.png", 30, "", file -> png(file, indexed(bits, false)));
+            shown("PNG, gray of " + bits, "p.png", 34, "", file -> write(file, indexed(bits, true)));
+            shown("PNG, palette of " + bits, "p.png", 30, "", file -> write(file, indexed(bits, false)));
         }
         Map<String, int[]> deep = new TreeMap<>(Map.of("gray of 16", new int[] {1}, "gray and alpha of 16",
                 new int[] {2}, "RGB of 16", new int[] {3}, "RGBA of 16", new int[] {4}));
         deep.forEach((name, bands) -> {
             String told = bands[0] % 2 == 0 ? "transparency" : "bits beyond 8";
-            shown("PNG, " + name, "p.png", 36, told, file -> png(file, deep(source(bands[0] < 3), bands[0])));
+            shown("PNG, " + name, "p.png", 36, told, file -> write(file, deep(source(bands[0] < 3), bands[0])));
         });
-        shown("PNG, RGB of 16, p010", "p.png", 36, "", file -> png(file, ramp(3)), "--format", "p010");
-        shown("PNG, gray of 16, p010", "p.png", 36, "", file -> png(file, ramp(1)), "--format", "p010");
-        shown("PNG, RGB of 8", "p.png", 36, "", file -> png(file, source(false)));
+        shown("PNG, RGB of 16, p010", "p.png", 36, "", file -> write(file, ramp(3)), "--format", "p010");
+        shown("PNG, gray of 16, p010", "p.png", 36, "", file -> write(file, ramp(1)), "--format", "p010");
+        shown("PNG, RGB of 8", "p.png", 36, "", file -> write(file, source(false)));
         shown("PNG, RGBA of 8", "p.png", 36, "transparency", file -> {
             BufferedImage clear = new BufferedImage(kWidth, kHeight, BufferedImage.TYPE_INT_ARGB);
             clear.createGraphics().drawImage(source(false), 0, 0, kWidth, kHeight / 2, null);
-            return png(file, clear);
+            return write(file, clear);
         });
         shown("PNG, Display P3", "p.png", 36, "colors outside sRGB", file -> profiled(file, "Display P3"));
         shown("PNG, gray with a profile", "p.png", 34, "", file -> profiled(file, "gray"));
         shown("PNG with EXIF, XMP and text", "p.png", 36, "not kept: text, XMP",
                 file -> tagged(file, "-EXIF:Make=m", "-XMP:Title=t", "-PNG:Title=t"));
         shown("PNG, EXIF orientation 6", "p.png", 36, "", file -> oriented(file, 6));
-        shown("PNG, 1 x 5000", "p.png", 36, "", file -> png(file, Pictures.picture(1, 5000)));
-        refused("PNG, cut", "p.png", "is cut short", file -> cut(file, f -> png(f, source(false))));
+        shown("PNG, 1 x 5000", "p.png", 36, "", file -> write(file, Pictures.picture(1, 5000)));
+        refused("PNG, cut", "p.png", "is cut short", file -> cut(file, f -> write(f, source(false))));
     }
 
     private static void addTiffs() {
-        shown("TIFF, RGB of 8", "p.tif", 36, "", file -> write(file, source(false), "tiff"));
-        shown("TIFF, gray of 8", "p.tif", 36, "", file -> write(file, source(true), "tiff"));
-        shown("TIFF, RGB of 16, p010", "p.tif", 36, "", file -> write(file, ramp(3), "tiff"), "--format", "p010");
+        shown("TIFF, RGB of 8", "p.tif", 36, "", file -> write(file, source(false)));
+        shown("TIFF, gray of 8", "p.tif", 36, "", file -> write(file, source(true)));
+        shown("TIFF, RGB of 16, p010", "p.tif", 36, "", file -> write(file, ramp(3)), "--format", "p010");
         shown("TIFF, Display P3", "p.tif", 36, "colors outside sRGB", file -> profiled(file, "Display P3"));
         shown("TIFF with EXIF, XMP and IPTC", "p.tif", 36, "not kept: XMP, IPTC",
                 file -> tagged(file, "-EXIF:Make=m", "-EXIF:ISO=200", "-XMP:Title=t", "-IPTC:Keywords=k"));
         shown("TIFF, EXIF orientation 6", "p.tif", 36, "", file -> oriented(file, 6));
-        refused("TIFF, cut", "p.tif", "is cut short", file -> cut(file, f -> write(f, source(false), "tiff")));
+        refused("TIFF, cut", "p.tif", "is cut short", file -> cut(file, f -> write(f, source(false))));
     }
 
     private static void addOthers() {
-        shown("name with spaces and a line feed", "a b\nc.jpg", 36, "", file -> jpeg(file, source(false), TJ.SAMP_420, 0));
+        shown("name with spaces and a line feed", "a b\nc.jpg", 36, "", file -> write(file, source(false)));
         refused("HEIC", "p.heic", "is a HEIF or video file", file -> {
-            write(file.resolveSibling("s.jpg"), source(false), "jpeg");
+            write(file.resolveSibling("s.jpg"), source(false));
             assertEquals(0, Quill.commandLine().execute("still", file.resolveSibling("s.jpg").toString(), "-o", file.toString()));
             return null;
         });
-        refused("folder", "p.jpg", "is a directory", file -> {
-            Files.createDirectory(file);
-            return null;
-        });
-        refused("empty file", "p.jpg", "is empty", file -> {
-            Files.createFile(file);
-            return null;
-        });
-        refused("text", "p.jpg", "is not a picture", file -> {
-            Files.writeString(file, "no picture at all");
-            return null;
-        });
+        refused("folder", "p.jpg", "is a directory", file -> none(Files.createDirectory(file)));
+        refused("empty file", "p.jpg", "is empty", file -> none(Files.createFile(file)));
+        refused("text", "p.jpg", "is not a picture", file -> none(Files.writeString(file, "no picture at all")));
+    }
+
+    private static BufferedImage none(Path file) {
+        return null;
     }
 
     /** The usual picture; gray: with equal components. */
@@ -261,11 +255,7 @@ class PictureKindsTest extends CommandFixture {
                 : new BufferedImage(kWidth, kHeight, BufferedImage.TYPE_3BYTE_BGR);
         ColorSpace sRgb = ColorSpace.getInstance(ColorSpace.CS_sRGB);
         new ColorConvertOp(sRgb, new ICC_ColorSpace(profile), null).filter(image.getRaster(), stored.getRaster());
-        if (file.toString().endsWith("jpg")) {
-            jpeg(file, stored, TJ.SAMP_444, 0);
-        } else {
-            write(file, stored, file.toString().endsWith("png") ? "png" : "tiff");
-        }
+        write(file, stored);
         Path icc = Files.write(file.resolveSibling("profile.icc"), profile.getData());
         String tag = name.endsWith("EXIF") ? "-InteropIndex=R03" : "-icc_profile<=" + icc;
         Programs.run("exiftool", "-overwrite_original", tag, "-ColorSpace=Uncalibrated", file.toString());
@@ -289,8 +279,7 @@ class PictureKindsTest extends CommandFixture {
     }
 
     private static BufferedImage tagged(Path file, String... tags) throws Exception {
-        BufferedImage image = file.toString().endsWith("jpg") ? jpeg(file, source(false), TJ.SAMP_420, 0)
-                : write(file, source(false), file.toString().endsWith("png") ? "png" : "tiff");
+        BufferedImage image = write(file, source(false));
         Programs.run(Stream.of(new String[] {"exiftool", "-overwrite_original"}, tags, new String[] {file.toString()})
                 .flatMap(Arrays::stream).toArray(String[]::new));
         return image;
@@ -323,8 +312,7 @@ class PictureKindsTest extends CommandFixture {
     private static BufferedImage cut(Path file, Maker maker) throws Exception {
         maker.make(file);
         byte[] bytes = Files.readAllBytes(file);
-        Files.write(file, Arrays.copyOf(bytes, bytes.length * 2 / 3));
-        return null;
+        return none(Files.write(file, Arrays.copyOf(bytes, bytes.length * 2 / 3)));
     }
 
     /** One or two bands of gray, or three or four of color, in 16 bits; the second or fourth is alpha. */
@@ -366,12 +354,11 @@ class PictureKindsTest extends CommandFixture {
         return image;
     }
 
-    private static BufferedImage png(Path file, BufferedImage image) throws IOException {
-        return write(file, image, "png");
-    }
-
-    private static BufferedImage write(Path file, BufferedImage image, String format) throws IOException {
-        write(file, writer(format), new IIOImage(image, null, null));
+    /** By the file's ending; JPEG in 4:2:0. */
+    private static BufferedImage write(Path file, BufferedImage image) throws IOException {
+        String ending = file.toString().substring(file.toString().length() - 3);
+        if (ending.equals("jpg")) return jpeg(file, image, TJ.SAMP_420, 0);
+        write(file, writer(ending), new IIOImage(image, null, null));
         return Pictures.onWhite(image);
     }
 
