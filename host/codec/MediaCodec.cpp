@@ -141,12 +141,14 @@ status_t MediaCodec::queueInputBuffer(size_t index, size_t offset, size_t size, 
 }
 
 status_t MediaCodec::dequeueInputBuffer(size_t* index, int64_t timeoutUs) {
+    CallLog::instance().note("MediaCodec::dequeueInputBuffer", {timeoutUs});
     if (const auto fault = faultAt("MediaCodec::dequeueInputBuffer")) return *fault;
     return mImpl->dequeueInput(index, timeoutUs);
 }
 
 status_t MediaCodec::dequeueOutputBuffer(size_t* index, size_t* offset, size_t* size, int64_t* presentationTimeUs,
                                          uint32_t* flags, int64_t timeoutUs) {
+    CallLog::instance().note("MediaCodec::dequeueOutputBuffer", {timeoutUs});
     const std::optional<Fault> fault = Faults::instance().at("MediaCodec::dequeueOutputBuffer");
     if (isStatus(fault)) return fault->status;
     if (fault && fault->kind == Fault::Kind::kFormatChange && mImpl->isStarted()) return INFO_FORMAT_CHANGED;

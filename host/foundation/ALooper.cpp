@@ -6,6 +6,7 @@
 
 #include <atomic>
 
+#include "CallLog.h"
 #include "Faults.h"
 #include "LooperQueue.h"
 
@@ -45,7 +46,8 @@ void ALooper::unregisterHandler(handler_id handlerID) {
     if (handler != nullptr) handler->bind(0, nullptr);
 }
 
-status_t ALooper::start(bool runOnCallingThread, bool /* canCallJava */, int32_t /* priority */) {
+status_t ALooper::start(bool runOnCallingThread, bool canCallJava, int32_t priority) {
+    quill::host::CallLog::instance().note("ALooper::start", {runOnCallingThread, canCallJava, priority});
     if (const auto status = Faults::instance().statusAt("ALooper::start")) return *status;
     return runOnCallingThread ? INVALID_OPERATION : mQueue->start(mName.c_str());
 }

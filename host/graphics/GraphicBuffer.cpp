@@ -6,6 +6,7 @@
 
 #include <log/log.h>
 
+#include "CallLog.h"
 #include "Faults.h"
 #include "PixelLayout.h"
 
@@ -70,6 +71,7 @@ ANativeWindowBuffer* GraphicBuffer::getNativeBuffer() const {
 }
 
 status_t GraphicBuffer::lock(uint32_t inUsage, void** vaddr, int32_t* outBytesPerPixel, int32_t* outBytesPerStride) {
+    quill::host::CallLog::instance().note("GraphicBuffer::lock", {inUsage});
     const std::optional<Fault> fault = Faults::instance().at("GraphicBuffer::lock");
     if (fault && fault->kind == Fault::Kind::kStatus) return fault->status;
     if (mInitCheck != OK) return NO_INIT;
