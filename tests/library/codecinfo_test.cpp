@@ -107,6 +107,16 @@ TEST(HeicEncoderInfo, EncoderMustSuit) {
     }
 }
 
+TEST(HeicEncoderInfo, FirstMeasuredRateOfASizeCounts) {
+    const std::string rates = measuredRate("640x480", "30-60") + measuredRate("640*480", "1-2");
+    const TestDevice device(
+            xml({kAdopted, "64x64-4096x4096", "CQ", "video/hevc", true, rates}) +
+            xml({"c2.test.heic", "64x64-512x512", "", "image/vnd.android.heic", true, measuredRate("512x256", "7-8")}));
+    const HeicEncoderInfoManager& manager = HeicEncoderInfoManager::getInstance();
+    EXPECT_EQ((FrameRateMaps{{{640, 480}, {30, 60}}}), manager.mHevcFrameRates);
+    EXPECT_EQ((FrameRateMaps{{{512, 256}, {7, 8}}}), manager.mHeicFrameRates);
+}
+
 TEST(HeicEncoderInfo, HeicEncoderNeedsHevcEncoder) {
     const std::string lonely = xml(heic("64x64-4096x4096"));
     EXPECT_EQ("no", answerOn(lonely, {512, 512}));

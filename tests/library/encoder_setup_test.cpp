@@ -89,6 +89,10 @@ TEST(EncoderSetup, RateFollowsComponent) {
     const std::pair<Order, const char*> kCases[] = {
             {{kChosenByType, 4000, 3000, FORMAT_NV12, 100}, "2 12045600 - 1440 2147483647"},
             {{kChosenByType, 4096, 3072, FORMAT_NV12, 95}, "2 11999190 - 1440 2147483647"},
+            // Each by a bit more or less where the factors come in another order.
+            {{kChosenByType, 80, 4375, FORMAT_NV12, 70}, "2 245931 - 270 2147483647"},
+            {{kChosenByType, 80, 5750, FORMAT_NV12, 100}, "2 461748 - 360 2147483647"},
+            {{kChosenByType, 80, 3750, FORMAT_NV12, 55}, "2 165627 - 240 2147483647"},
             {{named(kMtk), 4000, 3000, FORMAT_NV12, 100}, "2 40000000 - - 30"},
             {{named(kMtk), 8000, 6000, FORMAT_NV12, 100}, "2 48182400 - - 30"},
             {{named("c2.mtk.hevc.encoder.heif"), 8000, 6000, FORMAT_NV12, 100}, "2 48182400 - - 30"},
@@ -160,6 +164,13 @@ TEST(EncoderSetup, SizeThatNoEncoderTakesIsRefused) {
             "E/createCodec: Encoder doesnt' support size 640 x 480!\n"
             "E/Failed to create codec: Invalid argument (-22)\n-19",
             text);
+}
+
+TEST(EncoderSetup, RefusalOfTheCodecIsTheResult) {
+    Faults::instance().inject("MediaCodec::configure", Fault::failing(-38));
+    const sp<QuillHeifEncoder> encoder = new QuillHeifEncoder(64, 64, 64, 64, FORMAT_NV12, 95);
+    EXPECT_EQ(-38, encoder->initializeCodec());
+    encoder->close();
 }
 
 TEST(EncoderSetup, TimesSpreadTilesOverOneSecond) {

@@ -110,14 +110,16 @@ TEST(JniMethods, StillIsLoggedAndKeepsTheDescriptorOpen) {
     const LogCapture log;
     JavaWriter writer;
     EXPECT_EQ(0, writer.create());
+    EXPECT_EQ(-1, writer.process(nullptr));
+    EXPECT_THAT(log.of(kTag), ElementsAre("I/quality:95")) << "nothing is said of no descriptor";
     const TemporaryFile file;
     FakeVm::Object fd;
-    fd.fd = file.fd();
+    fd.fd = open(file.path().c_str(), O_WRONLY | O_CLOEXEC);
     EXPECT_EQ(0, writer.process(&fd));
     writer.destroy();
-    EXPECT_THAT(log.of(kTag), ElementsAre("I/quality:95", "D/native_setup: fd " + std::to_string(file.fd())));
+    EXPECT_THAT(log.of(kTag), ElementsAre("I/quality:95", "D/native_setup: fd " + std::to_string(fd.fd)));
     EXPECT_TRUE(log.has("D/QuillHeifWriter: ~QuillHeifWriter()")) << "the Java object's reference was the last";
-    EXPECT_NE(-1, fcntl(file.fd(), F_GETFD)) << "the descriptor stays the caller's";
+    EXPECT_EQ(0, close(fd.fd)) << "the descriptor stays the caller's";
 }
 
 TEST(JniMethods, ReadOnlyOutputIsLoggedForAnArrayButNotForABitmap) {

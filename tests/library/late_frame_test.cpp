@@ -1,5 +1,7 @@
 // Calls that have returned -1 while the platform still held the frame: they are over for the app.
+#include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 #include <memory>
 #include <random>
@@ -54,6 +56,13 @@ struct LateFrame : testing::Test {
 TEST_F(LateFrame, ArrayAndFileAreTheAppsAgain) {
     for (const char* const call : {"MediaMuxer::create", "MediaCodec::getInputBuffer"}) {
         App& late = giveUp(kArray, call);
+        struct stat output {
+        }, other{};
+        fstat(late.output.fd(), &output);
+        for (int fd = 3; fd < 64; ++fd) {
+            const bool isOutput = fstat(fd, &other) == 0 && other.st_ino == output.st_ino;
+            EXPECT_FALSE(isOutput && fcntl(fd, F_GETFD) == 0) << "a child would inherit the app's file";
+        }
         late.scribble(true);
         goOn();
         late.destroy();

@@ -1,6 +1,7 @@
 // The thumbnail of a frame: reduced as the definition says, and compressed.
 #include <gmock/gmock.h>
 #include <stdlib.h>
+#include <string.h>
 
 #include <algorithm>
 
@@ -9,6 +10,7 @@
 #include "Thumbnail.h"
 #include "ThumbnailJpeg.h"
 #include "support/CameraFrames.h"
+#include "support/GuardedMemory.h"
 #include "support/JpegReader.h"
 
 namespace {
@@ -24,7 +26,8 @@ Bytes pattern(const ThumbnailSize& size) {
         nv12[i] = static_cast<uint8_t>(60 + i % size.width / 4 + i / size.width % 128);
     }
     for (int i = 0; i < size.lumaSamples() / 2; ++i) {
-        nv12[size.lumaSamples() + i] = static_cast<uint8_t>(i % 2 == 0 ? 90 + i % size.width / 8 : 160);
+        const int slope = i % size.width / 8 + i / size.width % 64;
+        nv12[size.lumaSamples() + i] = static_cast<uint8_t>(i % 2 == 0 ? 90 + slope : 160 - slope);
     }
     return nv12;
 }
@@ -92,7 +95,11 @@ Bytes converted(const CameraFrame& frame) {
 
 Bytes sampled(const CameraFrame& frame, const ThumbnailSize& size) {
     Bytes thumbnail(size.yuvBytes());
-    sampleThumbnail(frame.bytes.data(), *findFrameFormat(frame.format), frame.geometry, size, thumbnail.data());
+    GuardedMemory guarded(frame.bytes.size());  // a step behind the frame ends the process
+    guarded.open();
+    memcpy(guarded.data(), frame.bytes.data(), frame.bytes.size());
+    sampleThumbnail(reinterpret_cast<uint8_t*>(guarded.data()), *findFrameFormat(frame.format), frame.geometry, size,
+                    thumbnail.data());
     return thumbnail;
 }
 
@@ -124,10 +131,8 @@ TEST(ThumbnailJpeg, IsBaseline420OfEveryHeight) {
     for (const int height : {2, 4, 14, 16, 18, 30, 144, 192, 342, 65500}) {
         const ThumbnailSize size{256, height};
         const Bytes nv12 = pattern(size);
-        Bytes jpeg(static_cast<size_t>(size.yuvBytes()));
+        Bytes jpeg(static_cast<size_t>(size.yuvBytes()) + 1000);  // a strip is less than the tables in front of it
         const int bytes = compressThumbnail(nv12.data(), size, jpeg.data(), jpeg.size());
-        // A strip of two rows is less than the tables in front of it.
-        if (height == 2 && bytes == -1) continue;
         ASSERT_GT(bytes, 0) << height;
         jpeg.resize(static_cast<size_t>(bytes));
         const ReadJpeg read = readJpeg(jpeg);
@@ -135,7 +140,8 @@ TEST(ThumbnailJpeg, IsBaseline420OfEveryHeight) {
         EXPECT_EQ(0, read.warnings);
         EXPECT_EQ(256, read.width);
         EXPECT_EQ(height, read.height);
-        EXPECT_LT(distance(nv12, read), 4) << height;
+        EXPECT_EQ(6, read.coarseness) << "quality 80";
+        EXPECT_LT(distance(nv12, read), 0.9) << height;
     }
 }
 

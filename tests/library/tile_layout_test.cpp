@@ -27,6 +27,12 @@ TEST(TileLayout, OffsetsBeyondTwoGigabytesAreRight) {
               tileCopies(*findFrameFormat(FORMAT_RGBA8888), large, last).planes[0].sourceOffset);
 }
 
+TEST(TileLayout, WidthOfWholeTilesHasNoColumnMore) {
+    const TileArea tile = tileArea({1024, 700, 1024, 700}, 2);
+    EXPECT_EQ(1, tile.row);
+    EXPECT_EQ(0, tile.column);
+}
+
 TEST(TileLayout, TileBelowTheFrameIsEmpty) {
     Bytes tile(393216, kUntouched), frame(8);
     const FrameGeometry flat{512, 512, 512, 512};

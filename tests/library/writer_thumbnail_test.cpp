@@ -1,10 +1,12 @@
 // The thumbnail in a still's EXIF block, which the caller's thread replaces while the looper may be muxing it.
 #include <gmock/gmock.h>
+#include <malloc.h>
 #include <string.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <functional>
+#include <set>
 #include <thread>
 
 #include <android/log.h>
@@ -17,6 +19,7 @@
 #include "support/LogCapture.h"
 #include "support/Still.h"
 #include "support/TestDevice.h"
+#include "support/Waiting.h"
 
 namespace {
 
@@ -32,6 +35,8 @@ constexpr char kNoThumbnail[] = "E/QuillHeifWriter: CreatThmb fail";
 constexpr uint32_t kHeader = 6;
 const Bytes kBlock = {'E', 'x', 'i', 'f', 0, 0, 'I', 'I', 42, 0, 8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 2, 3};
 
+std::set<useconds_t> gPolls;  // how long the caller has slept at a time
+
 /** What runs at every poll of a caller that waits for its frame. */
 std::function<void()>& onPoll() {
     static std::function<void()> action;
@@ -43,7 +48,10 @@ std::function<void()>& onPoll() {
 // Found ahead of the stand-in's: the poll that a caller's thread goes back to is the one sign that it is done with the
 // EXIF block.
 extern "C" int usleep(useconds_t microseconds) {
-    if (onPoll()) onPoll()();
+    if (onPoll()) {
+        gPolls.insert(microseconds);
+        onPoll()();
+    }
     Clock::instance().sleepUs(microseconds);
     return 0;
 }
@@ -75,12 +83,9 @@ bool sized(const LogCapture& log) {
     return false;
 }
 
-void awaitCall(const char* call) {
-    while (Faults::instance().occurrences()[call] == 0) std::this_thread::yield();
-}
-
 TEST(WriterThumbnail, EveryFormatGetsOne) {
     setProperties(kFast);
+    mallopt(M_PERTURB, 0x5A);  // a byte that is left as it was in the heap is none that is expected
     for (const InputColorFormat format : {FORMAT_I420, FORMAT_P010, FORMAT_RGBA8888, FORMAT_NV12, FORMAT_NV21}) {
         Still still(makeFrame(format, {300, 200, 320, 208}));
         const LogCapture log;
@@ -93,6 +98,7 @@ TEST(WriterThumbnail, EveryFormatGetsOne) {
         onPoll() = nullptr;
         Faults::instance().release();
         ASSERT_EQ(0, result);
+        EXPECT_THAT(gPolls, testing::ElementsAre(2000)) << "microseconds";
         const Bytes expected = expectedBlock(still, kBlock);
         EXPECT_TRUE(expected == exifOf(still)) << format;
         EXPECT_TRUE(log.has("D/QuillHeifWriter: newExif size:" + std::to_string(expected.size()) +
@@ -131,7 +137,7 @@ std::pair<Bytes, Bytes> replaceDuring(const char* call) {
     Still still(makeFrame(FORMAT_NV12, {64, 64, 64, 64}));
     int32_t result = -1;
     std::thread caller([&] { result = still.write(kBlock); });
-    awaitCall(call);
+    EXPECT_TRUE(comesTrue([&] { return Faults::instance().occurrences()[call] > 0; }));
     Bytes block = kBlock;
     still.writer->changeExif(still.frame.bytes.data(), block.data(), static_cast<uint32_t>(block.size()), kHeader);
     Faults::instance().release();
@@ -160,7 +166,7 @@ TEST(WriterThumbnail, LateOneIsDropped) {
     __android_log_set_logger([](const __android_logger_data*, const char* line) {
         if (strcmp(line, "process Heif file finish") == 0) gMuxed = true;
         if (strcmp(line, "change exif fail") == 0) gReported = true;
-        while (strncmp(line, "newExif size", 12) == 0 && !gMuxed) std::this_thread::yield();
+        if (strncmp(line, "newExif size", 12) == 0) comesTrue([] { return gMuxed.load(); });
     });
     EXPECT_EQ(0, still.write(kBlock));
     EXPECT_TRUE(gMuxed);

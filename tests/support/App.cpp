@@ -130,6 +130,8 @@ std::string App::fileText() const {
     return kept ? boxesOf(file, kHeldBefore.size()) : " DAMAGED";
 }
 
-bool App::holdsNothing() const { return array.pins() + mExif.pins() + mExtender.pins() + mBitmap.pixels.pins() == 0; }
+bool App::holdsNothing() const {
+    return array.pins() + mExif.pins() + mExtender.pins() + mBitmap.pixels.pins() + java.texts == 0;
+}
 
 }  // namespace quill::test

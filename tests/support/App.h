@@ -37,7 +37,7 @@ class App {
     std::string touched() const;
     /** The boxes behind what the file held before, or what is wrong: " still mpvd", " as it was". */
     std::string fileText() const;
-    bool holdsNothing() const;  ///< no array is pinned, no bitmap locked
+    bool holdsNothing() const;  ///< no array is pinned, no bitmap locked, no text handed out
 
     const CameraFrame& frame() const;
 

@@ -90,7 +90,9 @@ jint getIntField(JNIEnv*, jobject object, jfieldID field) {
 }
 
 const char* getStringChars(JNIEnv*, jstring text, jboolean*) {
-    return isRefused("GetStringUTFChars") ? nullptr : reinterpret_cast<FakeVm::Text*>(text)->c_str();
+    if (isRefused("GetStringUTFChars")) return nullptr;
+    ++current->texts;
+    return reinterpret_cast<FakeVm::Text*>(text)->c_str();
 }
 
 jsize getStringLength(JNIEnv*, jstring text) {
@@ -183,7 +185,7 @@ void FakeVm::fillTable() {
     mTable.ExceptionOccurred = [](JNIEnv*) -> jthrowable { return nullptr; };
     mTable.ExceptionClear = [](JNIEnv*) {};
     mTable.IsInstanceOf = [](JNIEnv*, jobject, jclass) -> jboolean { return JNI_TRUE; };
-    mTable.ReleaseStringUTFChars = [](JNIEnv*, jstring, const char*) {};
+    mTable.ReleaseStringUTFChars = [](JNIEnv*, jstring, const char*) { --current->texts; };
     mTable.GetDirectBufferCapacity = [](JNIEnv*, jobject buffer) {
         return static_cast<jlong>(arrayOf(static_cast<jarray>(buffer)).size());
     };

@@ -70,6 +70,7 @@ class FakeVm {
     std::vector<std::string> registered;  ///< names of methods
     std::vector<std::string> thrown;      ///< "class: message"
     int callsAfterAnException = 0;        ///< that JNI forbids then
+    int texts = 0;                        ///< whose characters are handed out
 
   private:
     void fillTable();

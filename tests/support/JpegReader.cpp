@@ -30,7 +30,12 @@ ReadJpeg readJpeg(const std::vector<uint8_t>& jpeg) {
     in.out_color_space = JCS_YCbCr;
     in.do_fancy_upsampling = FALSE;
     jpeg_start_decompress(&in);
-    ReadJpeg read{static_cast<int>(in.image_width), static_cast<int>(in.image_height), isBaseline420(in), 0, {}};
+    ReadJpeg read{static_cast<int>(in.image_width),
+                  static_cast<int>(in.image_height),
+                  isBaseline420(in),
+                  in.quant_tbl_ptrs[0]->quantval[0],
+                  0,
+                  {}};
     const size_t pitch = size_t{3} * in.image_width;
     read.yuv.resize(pitch * in.image_height);
     while (in.output_scanline < in.image_height) {

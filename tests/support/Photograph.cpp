@@ -1,16 +1,15 @@
 #include "support/Photograph.h"
 
 #include <dirent.h>
-#include <sched.h>
 
 #include <algorithm>
-#include <chrono>
 #include <memory>
 #include <thread>
 
 #include "Clock.h"
 #include "Faults.h"
 #include "support/FileCalls.h"
+#include "support/Waiting.h"
 
 namespace quill::test {
 
@@ -29,13 +28,16 @@ bool isMade(const std::string& call, int occurrence) {
     return quill::host::Faults::instance().occurrences()[call] >= occurrence;
 }
 
-long writeHurried(App& app, const LogCapture& log, const std::function<bool()>& blocked) {
-    bool hurried = false;  // asked no more then: what is left are thousands of polls
-    const FileCalls calls([&] {
-        if (hurried || !(blocked() || log.has(kLooperDone))) return;
-        hurried = true;
+std::function<void()> hurryOnce(std::function<bool()> condition) {
+    return [condition, hurried = false]() mutable {
+        if (hurried || !condition()) return;
+        hurried = true;  // asked no more then: what is left are thousands of polls
         quill::host::Clock::instance().setScale(kTimeless);
-    });
+    };
+}
+
+long writeHurried(App& app, const LogCapture& log, const std::function<bool()>& blocked) {
+    const FileCalls calls(hurryOnce([&] { return blocked() || log.has(kLooperDone); }));
     return app.write();
 }
 
@@ -49,14 +51,13 @@ Holdings Holdings::now() {
 }
 
 Holdings leakedSince(const Holdings& before, const Holdings& held) {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);  // longer than any machine needs
     Holdings leaked{};
-    do {
-        sched_yield();
+    comesTrue([&] {
         const Holdings now = Holdings::now();
         leaked = {std::max(now.threads - before.threads - held.threads, 0),
                   std::max(now.descriptors - before.descriptors - held.descriptors, 0)};
-    } while ((leaked.threads != 0 || leaked.descriptors != 0) && std::chrono::steady_clock::now() < deadline);
+        return leaked.threads == 0 && leaked.descriptors == 0;
+    });
     return leaked;
 }
 

@@ -24,6 +24,8 @@ Holdings leakedSince(const Holdings& before, const Holdings& held = {0, 0});
 /** Whether a call was made this often since the faults were reset. */
 bool isMade(const std::string& call, int occurrence = 1);
 
+/** For `FileCalls`: once `condition` holds at a poll, polls and waits take no time any more. */
+std::function<void()> hurryOnce(std::function<bool()> condition);
 /** The app's call. Once the looper is done, or `blocked` says that it is held, polls and waits take no time any more.
  */
 long writeHurried(App& app, const LogCapture& log, const std::function<bool()>& blocked);
