@@ -78,7 +78,6 @@ TEST(HeicEncoderInfo, SizeDecidesAboutGrid) {
     }
 }
 
-// Texts that a fuzzer does not come upon by itself.
 TEST(HeicEncoderInfo, EncoderMustSuit) {
     const std::string kTaken = "64x64-4096x4096";
     const std::string kUnreadable = measuredRate("9999999999x1", "30-60");  // of a size beyond an int

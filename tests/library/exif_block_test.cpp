@@ -1,4 +1,4 @@
-// What an EXIF block says about its thumbnail. The block that gets one is the matter of fuzz/exif_block.cpp.
+// What an EXIF block says about its thumbnail. The block that gets one is held by its digest.
 #include <gmock/gmock.h>
 
 #include "ExifBlock.h"

@@ -1,5 +1,5 @@
-// Live photos with their stills, and the packet that tells of the video. The boxes are the matter of
-// fuzz/live_photo.cpp.
+// Live photos with their stills, and the packet that tells of the video. The boxes are held by digests, and by
+// fuzz/live_photo.cpp where the kernel does less than it is asked for.
 #include <gmock/gmock.h>
 #include <sys/resource.h>
 #include <unistd.h>

@@ -83,21 +83,6 @@ TEST_P(PixelConversionByWidth, RgbaOfEveryColourIsAsDefined) {
     EXPECT_EQ(0, differences);
 }
 
-TEST(PixelConversion, RgbaWorkedColours) {
-    const auto yuv = [](uint8_t r, uint8_t g, uint8_t b) {
-        constexpr int kSide = 64, kLuma = kSide * kSide;
-        const Geometry square{kSide, kSide, kSide, kSide};
-        Bytes pixels, nv12(nv12Bytes(square));
-        for (int i = 0; i < kLuma; ++i) pixels.insert(pixels.end(), {r, g, b, 9});
-        convertRgba8888(pixels.data(), square, nv12.data());
-        return std::vector<int>{nv12[kLuma - 1], nv12[kLuma * 3 / 2 - 2], nv12[kLuma * 3 / 2 - 1]};
-    };
-    EXPECT_THAT(yuv(255, 255, 255), ElementsAre(255, 128, 128));
-    EXPECT_THAT(yuv(0, 0, 0), ElementsAre(0, 128, 128));
-    EXPECT_THAT(yuv(0, 255, 255), ElementsAre(178, 165, 228)) << "-28 keeps its low eight bits";
-    EXPECT_THAT(yuv(255, 0, 0), ElementsAre(76, 90, 255));
-}
-
 TEST_P(PixelConversionByWidth, EveryLayoutIsAsWithTheWidest) {
     constexpr Geometry kArea{301, 9, 301, 9};
     Bytes frame(size_t{4} * 301 * 9);

@@ -45,19 +45,6 @@ double distance(const Bytes& nv12, const ReadJpeg& jpeg) {
     return *std::max_element(sums, sums + 3) / samples;
 }
 
-TEST(Downscaling, SamplesAreFilteredUpToThirteenFromTheEdge) {
-    constexpr int kWidth = 40, kHeight = 30;
-    Bytes luma;
-    for (int i = 0; i < kWidth * kHeight; ++i) luma.push_back(static_cast<uint8_t>(i % kWidth + 3 * (i / kWidth)));
-    const Geometry g{kWidth, kHeight, kWidth, kHeight};
-    constexpr int kMiddle = 18;  // mean of 0, 3, 6, 9 to the right, and three times that further down
-    EXPECT_EQ(27 + 3 * 5 + kMiddle, sampleLuma(luma.data(), g, 27, 5)) << "width - 13";
-    EXPECT_EQ(28 + 3 * 5, sampleLuma(luma.data(), g, 28, 5)) << "width - 12";
-    EXPECT_EQ(4 + 3 * 17 + kMiddle, sampleLuma(luma.data(), g, 4, 17)) << "height - 13";
-    EXPECT_EQ(4 + 3 * 18, sampleLuma(luma.data(), g, 4, 18)) << "height - 12";
-    EXPECT_EQ(39 + 3 * 29, sampleLuma(luma.data(), g, 39, 29));
-}
-
 TEST(Downscaling, RowsAreScaledInSinglePrecision) {
     constexpr int kWidth = 18, kHeight = 14;
     Bytes frame(kWidth * kHeight * 3 / 2);
@@ -66,19 +53,6 @@ TEST(Downscaling, RowsAreScaledInSinglePrecision) {
     Bytes thumbnail(size.yuvBytes());
     downscaleNv12(frame.data(), {kWidth, kHeight, kWidth, kHeight}, size, thumbnail.data());
     EXPECT_EQ(6, thumbnail[99 * 256 + 255]) << "99 times 14 / 198 is 7";
-}
-
-TEST(Downscaling, ChromaSumsStopAt254) {
-    const Bytes source = {0, 0, 0, 0, 255, 7};
-    Bytes thumbnail(ThumbnailSize{2, 2}.yuvBytes());
-    downscaleNv12(source.data(), {2, 2, 2, 2}, {2, 2}, thumbnail.data());
-    EXPECT_EQ(252, thumbnail[4]) << "four quarters, each rounded down";
-    EXPECT_EQ(4, thumbnail[5]);
-    thumbnail[4] = 2;
-    thumbnail[5] = 251;
-    downscaleNv12(source.data(), {2, 2, 2, 2}, {2, 2}, thumbnail.data());
-    EXPECT_EQ(254, thumbnail[4]);
-    EXPECT_EQ(254, thumbnail[5]) << "255 becomes 254";
 }
 
 constexpr InputColorFormat kFormats[] = {FORMAT_I420, FORMAT_P010, FORMAT_RGBA8888, FORMAT_NV12};
@@ -120,10 +94,13 @@ TEST(Sampling, OddStridesKeepTheirColours) {
     const ThumbnailSize size{256, 180};
     const auto of = [&](InputColorFormat format, const Geometry& g) { return sampled(makeFrame(format, g), size); };
     for (const InputColorFormat format : kFormats) {
-        const Bytes even = of(format, {1000, 702, 1000, 702}), odd = of(format, {1001, 701, 1001, 701});
-        double difference = 0;
-        for (size_t i = 0; i < even.size(); ++i) difference += std::abs(even[i] - odd[i]);
-        EXPECT_LT(difference / static_cast<double>(even.size()), 1.5) << format;
+        for (const int height : {701, 51}) {  // of the lower one, every row is sampled
+            const Bytes even = of(format, {1000, height + 1, 1000, height + 1});
+            const Bytes odd = of(format, {1001, height, 1001, height});
+            double difference = 0;
+            for (size_t i = 0; i < even.size(); ++i) difference += std::abs(even[i] - odd[i]);
+            EXPECT_LT(difference / static_cast<double>(even.size()), 1.5) << format << " " << height;
+        }
     }
 }
 

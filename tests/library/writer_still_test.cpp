@@ -79,37 +79,6 @@ INSTANTIATE_TEST_SUITE_P(, Stills, testing::Combine(testing::ValuesIn(kFormats),
                              return std::string(std::get<0>(info.param).name) + std::get<1>(info.param).name;
                          });
 
-TEST(WriterStill, FreeCodecGivesGreyStills) {
-    setenv("QUILL_DEVICE", "free-codec", 1);
-    for (const auto& [format, grey] : {std::pair(FORMAT_NV12, 128), {FORMAT_P010, 514}, {FORMAT_RGBA8888, 128}}) {
-        Still still(makeFrame(format, {1000, 700, 1024, 704}));
-        ASSERT_EQ(0, still.write());
-        const ReadStill read = readStill(still.file.path());
-        ASSERT_EQ("", read.error) << format;
-        for (const auto* plane : {&read.planes.y, &read.planes.u, &read.planes.v}) {
-            EXPECT_THAT(*plane, testing::Each(grey)) << format;
-        }
-    }
-}
-
-TEST(WriterStill, VendorSurfacesCarryTenBits) {
-    const struct {
-        const char* component;
-        const char* model;
-    } kDevices[] = {
-            {"c2.qti.hevc.encoder", "SM8550"}, {"c2.qti.hevc.encoder", "SM8350"}, {"c2.mtk.hevc.encoder", "MT6989"}};
-    const TestDevice device(xml({kDevices[0].component}));
-    for (const auto& [component, model] : kDevices) {
-        setProperties(std::string("ro.soc.model=") + model);
-        Still still(makeFrame(FORMAT_P010, {600, 400, 640, 400}));
-        ASSERT_EQ(0, still.write()) << component << model;
-        const ReadStill read = readStill(still.file.path());
-        EXPECT_EQ(10, read.planes.depth);
-        const Psnr distance = psnr(still.frame.shown, read.planes);
-        EXPECT_GE(std::min(distance.luma, distance.chroma), kFaithful) << component << model;
-    }
-}
-
 // The codec averages chroma over pairs of pixels, and the pairs at an odd edge are half outside of the picture.
 TEST(WriterStill, EdgesOfSurfaceTilesKeepTheirColour) {
     setenv("QUILL_DEVICE", "vendor-qti", 1);
@@ -120,6 +89,7 @@ TEST(WriterStill, EdgesOfSurfaceTilesKeepTheirColour) {
         ASSERT_EQ(0, still.write());
         const ReadStill read = readStill(still.file.path());
         ASSERT_EQ("", read.error) << format;
+        EXPECT_GE(psnr(still.frame.shown, read.planes).luma, edges.width > 5 ? kFaithful : 40) << format;
         const auto worst = [&](const std::vector<uint16_t>& shown, const std::vector<uint16_t>& got, int width,
                                int height) {
             int distance = 0;
@@ -166,14 +136,6 @@ TEST(WriterStill, Nv21SwapStaysInsideTheFrame) {
     EXPECT_EQ(kGuard, still.frame.bytes.back());
 }
 
-TEST(WriterStill, OneRowHasNoChromaToSwap) {
-    uint8_t frame[] = {0, 0, 0, 0, 0, 0, 0, 0, 1, 2, 3, 4};
-    swapChromaPairs(frame, {4, 1, 4, 2});
-    EXPECT_THAT(frame, ElementsAre(0, 0, 0, 0, 0, 0, 0, 0, 1, 2, 3, 4));
-    swapChromaPairs(frame, {3, 2, 4, 2});
-    EXPECT_THAT(frame, ElementsAre(0, 0, 0, 0, 0, 0, 0, 0, 2, 1, 4, 3));
-}
-
 TEST(WriterStill, RotationTurnsTheImage) {
     for (const int rotation : {-90, 0, 90, 180, 270}) {
         const LogCapture log;
@@ -189,6 +151,11 @@ TEST(WriterStill, RotationTurnsTheImage) {
         const ReadStill read = readStill(still.file.path());
         EXPECT_EQ(sideways ? 200 : 300, read.shownWidth) << rotation;
         EXPECT_EQ(sideways ? 300 : 200, read.shownHeight) << rotation;
+        if (rotation != 90) continue;
+        for (int i = 0; i < 300 * 200; ++i) {  // clockwise: what was at the bottom is on the left
+            const int was = still.frame.shown.y.at((199 - i % 200) * 300 + i / 200);
+            EXPECT_NEAR(was, read.planes.y.at(i), 20) << i;
+        }
     }
 }
 

@@ -14,7 +14,7 @@ struct ReadStill {
     int shownWidth = 0;  ///< of the primary image, rotation applied
     int shownHeight = 0;
     int topLevelImages = 0;
-    Planes planes;  ///< decoded, rotation not applied
+    Planes planes;  ///< decoded, rotation applied
     /** Bodies of the EXIF items, behind the four bytes that say where the TIFF header is. */
     std::vector<std::vector<uint8_t>> exif;
     std::vector<std::string> xmp;
