@@ -10,6 +10,7 @@ constexpr unsigned kMaxSubLayersMinus1 = 6;
 constexpr unsigned kMaxChromaFormat = 3;
 constexpr unsigned kMaxBitDepthMinus8 = 8;
 constexpr unsigned kMaxShortTermSets = 64;
+constexpr uint32_t kMaxSide = 16888;  // of a picture of the highest level, 6.2
 constexpr unsigned kMaxReferences = 16;
 constexpr unsigned kMaxLongTermPictures = 32;
 constexpr uint8_t kExtendedAspectRatio = 255;
@@ -50,7 +51,8 @@ bool crop(uint64_t unit, uint64_t before, uint64_t after, uint32_t* size) {
 bool readSize(BitReader& reader, HevcSps* sps) {
     sps->width = reader.ue();
     sps->height = reader.ue();
-    if (!reader.flag()) return sps->width > 0 && sps->height > 0;
+    if (sps->width == 0 || sps->width > kMaxSide || sps->height == 0 || sps->height > kMaxSide) return false;
+    if (!reader.flag()) return true;
     const uint32_t left = reader.ue(), right = reader.ue(), top = reader.ue(), bottom = reader.ue();
     const unsigned horizontalUnit = sps->chromaFormat == 1 || sps->chromaFormat == 2 ? 2 : 1;
     const unsigned verticalUnit = sps->chromaFormat == 1 ? 2 : 1;
