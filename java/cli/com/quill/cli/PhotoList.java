@@ -51,9 +51,10 @@ final class PhotoList {
     }
 
     private void addFolder(Path folder) throws IOException {
-        try (Stream<Path> files = Files.walk(folder)) {
-            files.filter(PhotoList::isPhotograph).sorted()
-                    .forEach(file -> mEntries.add(new Entry(file, folder.relativize(file))));
+        Path start = folder.resolve(".");  // a link to a folder is followed, links within it are not
+        try (Stream<Path> files = Files.walk(start)) {
+            files.filter(PhotoList::isPhotograph).map(start::relativize).sorted()
+                    .forEach(place -> mEntries.add(new Entry(folder.resolve(place), place)));
         } catch (UncheckedIOException e) {
             throw e.getCause();
         }

@@ -87,10 +87,11 @@ final class StillCommand implements Callable<Integer> {
         try {
             for (Path photo : mPhotos) photos.add(photo);
             if (mList != null) photos.addListed(mList);
-            return photos;
         } catch (IOException e) {
             throw mPicture.usage("the photographs cannot be listed: " + FailureText.of(e));
         }
+        if (photos.entries().isEmpty()) throw mPicture.usage("there is no photograph in what is given");
+        return photos;
     }
 
     private List<PlannedStill> named(PhotoList photos) {

@@ -103,7 +103,7 @@ class PictureKindsTest extends CommandFixture {
             shown("JPEG, " + profile, "p.jpg", 36, "colors outside sRGB", file -> profiled(file, profile));
         }
         shown("JPEG, sRGB profile", "p.jpg", 36, "", file -> profiled(file, "sRGB"));
-        shown("JPEG, a profile that is none", "p.jpg", 36, "damaged color profile", file -> {
+        shown("JPEG, damaged profile", "p.jpg", 36, "damaged color profile", file -> {
             profiled(file, "sRGB");
             byte[] bytes = Files.readAllBytes(file);
             Arrays.fill(bytes, Pictures.find(bytes, "ICC_PROFILE") + 30, Pictures.find(bytes, "ICC_PROFILE") + 2000, (byte) 7);
@@ -421,7 +421,7 @@ class PictureKindsTest extends CommandFixture {
     @AfterAll
     static void compareDocs() throws IOException {
         if (kRows.size() < kKinds.size()) return;
-        String table = "| picture | still | what is told |\n|---|---|---|\n" + String.join("", kRows.values());
+        String table = "| picture | still | what the command says |\n|---|---|---|\n" + String.join("", kRows.values());
         GeneratedDocs.expectSection(kPhotos.resolveSibling("docs/pictures.md"), "kinds", table);
     }
 }

@@ -53,7 +53,8 @@ class StillCommandTest extends CommandFixture {
         Files.createDirectories(in("in/below"));
         for (String name : new String[] {"in/a.JPG", "in/below/b.jpg"}) Files.copy(mPhoto, in(name));
         Files.writeString(in("in/notes.txt"), "no picture");
-        assertEquals(0, run("-r", in("in"), "-d", in("out")), mErr::toString);
+        Files.createSymbolicLink(in("link"), in("in"));
+        assertEquals(0, run("-r", in("link"), "-d", in("out")), mErr::toString);
         assertTrue(Files.exists(in("out/a.heic")) && Files.exists(in("out/below/b.heic")));
         Files.writeString(in("list"), in("in/a.JPG") + "\n\n" + mPhoto + "\n");
         assertEquals(0, run("--files-from", in("list"), "-d", in("out"), "--skip-existing"), mErr::toString);
@@ -109,8 +110,9 @@ class StillCommandTest extends CommandFixture {
         assertFails(2, "exclude each other", mPhoto, "-o", in("out.heic"), "-d", mFolder);
         assertFails(2, "would both become", mPhoto, in("photo.png"));
         assertFails(2, "no PHOTO is given");
+        assertFails(2, "there is no photograph", "-r", Files.createDirectory(in("empty")));
         assertFails(2, "is named twice", mPhoto, mPhoto);
         assertFails(2, "needs a file", mPhoto, "-o", "-");
-        assertFiles("photo.jpg", "photo.png");
+        assertFiles("photo.jpg", "photo.png", "empty");
     }
 }
