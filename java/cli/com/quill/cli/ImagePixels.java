@@ -65,7 +65,7 @@ final class ImagePixels implements Pixels {
         YuvPlanes planes = isPlanar(layout.format()) ? new YuvPlanes(layout, frame) : null;
         for (int y = 0; y < height(); y += kBandRows) {
             int rows = Math.min(kBandRows, height() - y);
-            if (read(y, rows)) losses.add(kTransparency);
+            if (read(y, rows, losses)) losses.add(kTransparency);
             if (planes != null) {
                 encode(planes, y, rows);
             } else if (layout.format() == ColorFormat.RGBA8888) {
@@ -82,16 +82,16 @@ final class ImagePixels implements Pixels {
     }
 
     /** Puts rows into the band; says whether one can be seen through. */
-    private boolean read(int y, int rows) {
+    private boolean read(int y, int rows, Losses losses) {
         WritableRaster target = mBand.rows(rows);
-        if (!mPlain) return draw(y, rows, target);
+        if (!mPlain) return draw(y, rows, target, losses);
         Raster source = mImage.getRaster();
         int[] bands = mConversion == null && mColors == 1 ? new int[] {0, 0, 0} : firstBands(mColors);
         Raster colors = source.createChild(0, y, width(), rows, 0, 0, bands);
         if (mConversion == null) {
             target.setRect(colors);
         } else {
-            mConversion.convert(colors, target);
+            mConversion.convert(colors, target, losses);
         }
         return mImage.getColorModel().hasAlpha() && layOnWhite(source, y, rows);
     }
@@ -108,15 +108,20 @@ final class ImagePixels implements Pixels {
     }
 
     /** For palettes, packed pixels and color spaces that only the image itself knows. */
-    private boolean draw(int y, int rows, WritableRaster target) {
+    private boolean draw(int y, int rows, WritableRaster target, Losses losses) {
         BufferedImage argb = new BufferedImage(width(), rows, BufferedImage.TYPE_INT_ARGB);
         Graphics2D graphics = argb.createGraphics();
         graphics.drawImage(mImage.getSubimage(0, y, width(), rows), 0, 0, null);
         graphics.dispose();
         Raster drawn = argb.getRaster();
         Raster colors = drawn.createChild(0, 0, width(), rows, 0, 0, firstBands(3));
-        target.setRect(colors);
-        if (mConversion != null && mConversion.components() == 3) mConversion.convert(target, target);
+        if (mConversion != null && mConversion.components() == 3) {
+            WritableRaster stored = target.createCompatibleWritableRaster();
+            stored.setRect(colors);
+            mConversion.convert(stored, target, losses);
+        } else {
+            target.setRect(colors);
+        }
         return mBand.onWhite(drawn.getSamples(0, 0, width(), rows, 3, (int[]) null), 255, false);
     }
 

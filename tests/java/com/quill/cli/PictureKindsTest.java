@@ -99,10 +99,9 @@ class PictureKindsTest extends CommandFixture {
         shown("JPEG, progressive", "p.jpg", 36, "", file -> jpeg(file, source(false), TJ.SAMP_420, TJ.FLAG_PROGRESSIVE));
         shown("JPEG, YCCK", "p.jpg", 20, "", PictureKindsTest::ycck);
         shown("JPEG, CMYK", "p.jpg", 20, "", PictureKindsTest::cmyk);
-        for (String profile : new String[] {"Adobe RGB", "Adobe RGB by EXIF", "Display P3", "ProPhoto RGB"}) {
-            shown("JPEG, " + profile, "p.jpg", 36, "colors outside sRGB", file -> profiled(file, profile));
+        for (String profile : new String[] {"Adobe RGB", "Adobe RGB by EXIF", "Display P3", "ProPhoto RGB", "sRGB"}) {
+            shown("JPEG, " + profile, "p.jpg", 36, "", file -> profiled(file, profile));
         }
-        shown("JPEG, sRGB profile", "p.jpg", 36, "", file -> profiled(file, "sRGB"));
         shown("JPEG, damaged profile", "p.jpg", 36, "damaged color profile", file -> {
             profiled(file, "sRGB");
             byte[] bytes = Files.readAllBytes(file);
@@ -161,7 +160,8 @@ class PictureKindsTest extends CommandFixture {
             clear.createGraphics().drawImage(source(false), 0, 0, kWidth, kHeight / 2, null);
             return write(file, clear);
         });
-        shown("PNG, Display P3", "p.png", 36, "colors outside sRGB", file -> profiled(file, "Display P3"));
+        shown("PNG, Display P3", "p.png", 36, "", file -> profiled(file, "Display P3"));
+        shown("PNG, Display P3 beyond sRGB", "p.png", 30, "colors outside sRGB", file -> profiled(file, "Display P3 beyond"));
         shown("PNG, gray with a profile", "p.png", 34, "", file -> profiled(file, "gray"));
         shown("PNG with EXIF, XMP and text", "p.png", 36, "not kept: text, XMP",
                 file -> tagged(file, "-EXIF:Make=m", "-XMP:Title=t", "-PNG:Title=t"));
@@ -174,7 +174,7 @@ class PictureKindsTest extends CommandFixture {
         shown("TIFF, RGB of 8", "p.tif", 36, "", file -> write(file, source(false)));
         shown("TIFF, gray of 8", "p.tif", 36, "", file -> write(file, source(true)));
         shown("TIFF, RGB of 16, p010", "p.tif", 36, "", file -> write(file, ramp(3)), "--format", "p010");
-        shown("TIFF, Display P3", "p.tif", 36, "colors outside sRGB", file -> profiled(file, "Display P3"));
+        shown("TIFF, Display P3", "p.tif", 36, "", file -> profiled(file, "Display P3"));
         shown("TIFF with EXIF, XMP and IPTC", "p.tif", 36, "not kept: XMP, IPTC",
                 file -> tagged(file, "-EXIF:Make=m", "-EXIF:ISO=200", "-XMP:Title=t", "-IPTC:Keywords=k"));
         shown("TIFF, EXIF orientation 6", "p.tif", 36, "", file -> oriented(file, 6));
@@ -254,7 +254,13 @@ class PictureKindsTest extends CommandFixture {
                 ? new BufferedImage(kWidth, kHeight, BufferedImage.TYPE_BYTE_GRAY)
                 : new BufferedImage(kWidth, kHeight, BufferedImage.TYPE_3BYTE_BGR);
         ColorSpace sRgb = ColorSpace.getInstance(ColorSpace.CS_sRGB);
-        new ColorConvertOp(sRgb, new ICC_ColorSpace(profile), null).filter(image.getRaster(), stored.getRaster());
+        ColorSpace space = new ICC_ColorSpace(profile);
+        if (name.endsWith("beyond")) {  // its own numbers in the place of sRGB's
+            stored = source(false);
+            new ColorConvertOp(space, sRgb, null).filter(stored.getRaster(), image.getRaster());
+        } else {
+            new ColorConvertOp(sRgb, space, null).filter(image.getRaster(), stored.getRaster());
+        }
         write(file, stored);
         Path icc = Files.write(file.resolveSibling("profile.icc"), profile.getData());
         String tag = name.endsWith("EXIF") ? "-InteropIndex=R03" : "-icc_profile<=" + icc;
@@ -272,7 +278,7 @@ class PictureKindsTest extends CommandFixture {
         int[] tags = {ICC_Profile.icSigRedColorantTag, ICC_Profile.icSigGreenColorantTag, ICC_Profile.icSigBlueColorantTag};
         for (int i = 0; i < 3 && !name.startsWith("Adobe RGB"); ++i) {
             ByteBuffer xyz = ByteBuffer.allocate(20).putInt(ICC_Profile.icSigXYZData).putInt(0);
-            for (double value : name.equals("Display P3") ? p3[i] : proPhoto[i]) xyz.putInt((int) Math.round(value * 65536));
+            for (double value : name.startsWith("Display P3") ? p3[i] : proPhoto[i]) xyz.putInt((int) Math.round(value * 65536));
             profile.setData(tags[i], xyz.array());
         }
         return profile;
