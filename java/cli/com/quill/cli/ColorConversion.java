@@ -14,7 +14,7 @@ final class ColorConversion {
     private static final float kSameColor = 1.5f / 255;  // what rounding makes of equal colors
     private static final int kSteps = 4;
     private static final float kGamutMargin = 0.02f;
-    private static final int kMostLooks = 100_000;
+    private static final int kMostLooks = 10_000;
     // Linear sRGB out of CIE XYZ at D50, by rows (IEC 61966-2-1, adapted as ICC.1 does).
     private static final float[][] kXyzToRgb = {
         {3.1339f, -1.6169f, -0.4906f}, {-0.9788f, 1.9161f, 0.0335f}, {0.0719f, -0.2290f, 1.4052f}};
