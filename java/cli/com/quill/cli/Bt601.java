@@ -1,8 +1,8 @@
 package com.quill.cli;
 
 /**
- * RGB of sixteen bits to full-range Y, Cb, Cr of ten bits with the matrix of ITU-R BT.601, which JFIF and the still have,
- * too. Rounded to the nearest; exact for gray.
+ * RGB of sixteen bits to full-range Y, Cb, Cr of ten bits with the matrix of ITU-R BT.601, which JFIF and the still
+ * have, too. Rounded to the nearest; exact for gray.
  */
 final class Bt601 {
     /** The largest value of ten bits. */

@@ -61,7 +61,8 @@ final class Clip {
             List<Box> boxes = BoxTree.list(file, 0, file.size());
             List<Box> movie = inside(file, find(boxes, "moov"));
             String codec = codecOf(file, movie);
-            return new Clip(path, file.size(), mimeOf(file, boxes.get(0)), codec, durationOf(file, find(movie, "mvhd")));
+            long duration = durationOf(file, find(movie, "mvhd"));
+            return new Clip(path, file.size(), mimeOf(file, boxes.get(0)), codec, duration);
         } catch (FormatException e) {
             throw new IOException("is a damaged video, or one cut short", e);
         }

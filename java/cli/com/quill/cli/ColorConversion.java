@@ -66,7 +66,7 @@ final class ColorConversion {
         }
     }
 
-    /** Whether a color was outside sRGB. Those that were have an extreme component now, so the others are not looked at. */
+    /** Whether a color was outside sRGB. Those that were have an extreme component now: the others are passed over. */
     private boolean clips(Raster from, Raster to) {
         int[] shown = to.getPixels(0, 0, to.getWidth(), to.getHeight(), (int[]) null);
         int maximum = (1 << to.getSampleModel().getSampleSize(0)) - 1;

@@ -12,7 +12,7 @@ import java.util.concurrent.FutureTask;
 final class DecodeAhead {
     private static final int kLargeShare = 8;  // of the memory
 
-    /** Makes the frame of a still; an IOException says why there is none. */
+    /** Makes the frame of a still; an IOException says why it cannot. */
     interface Decoder {
         StillConversion.Frame decode(PlannedStill still) throws IOException;
     }
@@ -27,7 +27,7 @@ final class DecodeAhead {
         mDecoder = decoder;
     }
 
-    /** The next still's frame, or why there is none; the one after it is begun. */
+    /** The next still's frame, or an exception that says why not; the one after it is begun. */
     StillConversion.Frame next() throws IOException {
         PlannedStill still = mStills.get(mNext++);
         FutureTask<StillConversion.Frame> begun = mBegun;

@@ -14,7 +14,7 @@ import org.libjpegturbo.turbojpeg.TJException;
  * size first.
  */
 final class JpegPixels implements Pixels {
-    private static final int kFlags = TJ.FLAG_LIMITSCANS;  // a small file may hold thousands of passes over a large picture
+    private static final int kFlags = TJ.FLAG_LIMITSCANS;  // a small file may hold thousands of passes
 
     private final byte[] mJpeg;
     private final int mWidth;

@@ -43,7 +43,7 @@ final class RgbBand {
         return mDeep == null ? (mBytes[index] & 0xff) * (kDeepMaximum / 255) : mDeep[index] & kDeepMaximum;
     }
 
-    /** Lays the rows on white; {@code alpha} counts to {@code maximum}. Says whether there was anything to see through. */
+    /** Lays the rows on white; {@code alpha} counts to {@code maximum}. True if anything could be seen through. */
     boolean onWhite(int[] alpha, int maximum, boolean premultiplied) {
         boolean transparent = false;
         for (int i = 0; i < alpha.length; ++i) {

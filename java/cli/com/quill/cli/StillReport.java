@@ -33,9 +33,10 @@ final class StillReport {
     /** With a remark at the end of the line. */
     void written(PlannedStill still, StillConversion.Result result, String remark) {
         clearBar();
-        mOut.println(FailureText.line(String.format(Locale.ROOT, "%s -> %s  %dx%d  %s  %s  %.1f s%s", still.mPhoto, still.mTarget,
+        String line = String.format(Locale.ROOT, "%s -> %s  %dx%d  %s  %s  %.1f s%s", still.mPhoto, still.mTarget,
                 result.mLayout.width(), result.mLayout.height(), StillConversion.nameOf(result.mLayout.format()),
-                sizeText(result.mBytes), result.mNanos / 1e9, remark)));
+                sizeText(result.mBytes), result.mNanos / 1e9, remark);
+        mOut.println(FailureText.line(line));
         mOut.flush();
         String losses = result.mLosses.toString();
         if (!losses.isEmpty()) say(FailureText.line(still.mPhoto + ": " + losses));

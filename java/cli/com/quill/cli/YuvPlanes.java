@@ -7,8 +7,8 @@ import org.libjpegturbo.turbojpeg.TJ;
 import org.libjpegturbo.turbojpeg.YUVImage;
 
 /**
- * Planes of eight bits, 4:2:0, as TurboJPEG fills them. Each has an array of its own, because a VM may hand out copies of
- * arrays: luma that of the frame, where the format allows it. The others are stored in the frame once they are full.
+ * Planes of eight bits, 4:2:0, as TurboJPEG fills them. Each has an array of its own, because a VM may hand out copies
+ * of arrays: luma that of the frame, where the format allows it. The others are stored in the frame once they are full.
  */
 final class YuvPlanes {
     private static final int kP010Shift = 6;  // the ten bits are the upper ones

@@ -75,8 +75,8 @@ public final class AtomicOutput implements AutoCloseable {
     }
 
     /**
-     * Brings the data to the disk, checks the file, dates it like {@code source}, unless that is null, and gives it its name, replacing a file
-     * that has it already.
+     * Brings the data to the disk, checks the file, dates it like {@code source} unless that is null, and gives it its
+     * name, replacing a file that has it already.
      */
     public void publish(Check check, Path source) throws IOException {
         mFile.getFD().sync();

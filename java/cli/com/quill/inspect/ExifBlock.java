@@ -7,8 +7,8 @@ import java.util.Arrays;
 import java.util.List;
 
 /**
- * An EXIF block: "Exif", 0, 0 and a TIFF structure. Blocks come from anywhere, so every read stays inside the block, and
- * what makes no sense counts as absent.
+ * An EXIF block: "Exif", 0, 0 and a TIFF structure. Blocks come from anywhere, so every read stays inside the block,
+ * and what makes no sense counts as absent.
  */
 public final class ExifBlock {
     private static final int kUpright = 1;
