@@ -2,7 +2,6 @@
 // anew: a change there is a change of what is in people's files.
 #include <gtest/gtest.h>
 #include <stdlib.h>
-#include <sys/mman.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -18,7 +17,9 @@
 #include "Nv12Conversion.h"
 #include "QuillHeifEncoder.h"
 #include "QuillHeifWriter.h"
+#include "TileLayout.h"
 #include "support/CameraFrames.h"
+#include "support/TemporaryFiles.h"
 
 namespace {
 
@@ -92,14 +93,18 @@ void addTiles(Digests& digests) {
             for (int k = 0; k < tiles; ++k) {
                 Bytes tile(size_t{4} * kSurfaceStride * 512, kUntouched);
                 encoder->fillInputBuffer(tile.data(), frame.data(), k, kSurfaceStride);
-                digests[std::string("tile/") + label + "/" + name(g) + "/" + std::to_string(k)] = digestOf(tile);
+                const std::string what = std::string(label) + "/" + name(g) + "/" + std::to_string(k);
+                digests["tile/" + what] = digestOf(tile);
+                if (format == FORMAT_I420) continue;
+                fillSurfaceTile(tile.data(), frame.data(), *findFrameFormat(format), g, k, {kSurfaceStride, 512});
+                digests["surface/" + what] = digestOf(tile);
             }
         }
     }
 }
 
 void addWholeFrames(Digests& digests) {
-    constexpr int kWidth = 1030, kHeight = 514, kTiles = 2, kAlignedWidth = 1088, kAlignedHeight = 576;
+    constexpr int kWidth = 1030, kHeight = 1540, kTiles = 6, kAlignedWidth = 1088, kAlignedHeight = 1600;
     Bytes frame = noise(size_t{3} * kWidth * kHeight);
     Bytes eight(size_t{393216} * kTiles), ten(size_t{786432} * kTiles);
     Bytes aligned(size_t{3} * kAlignedWidth * kAlignedHeight, kUntouched);
@@ -143,28 +148,10 @@ void addExif(Digests& digests) {
     }
 }
 
-/** A file in memory, closed with the object. */
-class MemoryFile {
-  public:
-    MemoryFile() : mFd(memfd_create("digests", 0)) {}
-    ~MemoryFile() { close(mFd); }
-    MemoryFile(const MemoryFile&) = delete;
-    MemoryFile& operator=(const MemoryFile&) = delete;
-    int fd() const { return mFd; }
-    Bytes bytes() const {
-        Bytes bytes(static_cast<size_t>(lseek(mFd, 0, SEEK_END)));
-        EXPECT_EQ(static_cast<ssize_t>(bytes.size()), pread(mFd, bytes.data(), bytes.size(), 0));
-        return bytes;
-    }
-
-  private:
-    const int mFd;
-};
-
 void addBoxes(Digests& digests) {
     for (const size_t size : {size_t{1}, size_t{70001}}) {
         const Bytes payload = noise(size);
-        const MemoryFile source, file;
+        const TemporaryFile source, file;
         ASSERT_EQ(static_cast<ssize_t>(size), write(source.fd(), payload.data(), size));
         EXPECT_TRUE(appendFileBox(file.fd(), kVideoBox, source.fd()));
         EXPECT_TRUE(appendFileBox(file.fd(), kGainMapBox, source.fd()));

@@ -96,6 +96,7 @@ TEST_F(LateFrame, SecondFrameIsRefusedAtOnceAndHoldsNothing) {
                                       std::pair("MediaCodec::dequeueOutputBuffer", Fault::stalling())}) {
         Faults::instance().reset();
         Faults::instance().inject(call, fault, 2);
+        const Holdings before = Holdings::now();
         App half(kArray);
         half.setUp();
         EXPECT_EQ(-1, writeHurried(half, log, [c = call] { return isMade(c, 2); })) << "the first frame, half-way";
@@ -106,8 +107,10 @@ TEST_F(LateFrame, SecondFrameIsRefusedAtOnceAndHoldsNothing) {
         EXPECT_TRUE(log.has(kRefused));
         EXPECT_TRUE(half.holdsNothing());
         EXPECT_EQ(" as it was", half.fileText());
-        Clock::instance().setScale(1);  // the codec is to have ended before the next one stalls
+        Clock::instance().setScale(1);
         half.destroy();
+        Faults::instance().release();
+        EXPECT_EQ(0, leakedSince(before).threads) << "its codec would end what the next one stalls in";
     }
 }
 

@@ -1,5 +1,5 @@
-// Live photos with their stills, and the packet that tells of the video. The boxes are held by digests, and by
-// fuzz/live_photo.cpp where the kernel does less than it is asked for.
+// Live photos with their stills, and the packet that tells of the video. The boxes are held by digests, and by the
+// fault matrix where the kernel does less than it is asked for.
 #include <gmock/gmock.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -51,6 +51,21 @@ TEST(LivePhotoBoxes, LargeVideoIsCopiedInConstantMemory) {
     getrusage(RUSAGE_SELF, &after);
     EXPECT_EQ(kVideo + 8, lseek(file.fd(), 0, SEEK_END));
     EXPECT_LT(after.ru_maxrss - before.ru_maxrss, kVideo / 1000 / 30) << "kB";  // a sanitizer keeps books of its own
+}
+
+TEST(LivePhotoBoxes, SizeThatIsNoneIsRefused) {
+    constexpr int64_t kGigabyte = 1 << 30;
+    const sp<QuillHeifWriter> writer = new QuillHeifWriter;
+    for (const int64_t size : {2 * kGigabyte, 4 * kGigabyte - 1}) {
+        const Source large(size);
+        const TemporaryFile file;
+        EXPECT_EQ(-1, writer->addMotionPhoto(large.fd(), -1, file.fd(), nullptr, 0)) << size;
+        EXPECT_EQ(Bytes(), file.bytes());
+    }
+    const Source wrapped(4 * kGigabyte + 5);  // counts as five bytes
+    const TemporaryFile file;
+    EXPECT_EQ(0, writer->addMotionPhoto(wrapped.fd(), -1, file.fd(), nullptr, 0));
+    EXPECT_EQ(13u, file.bytes().size());
 }
 
 Still smallStill() {

@@ -102,23 +102,4 @@ TEST(Output, FullFileSystemIsNoFailureAndLeavesNoStill) {
     close(full);
 }
 
-// As far as the boxes go only the last one is looked at.
-TEST(Output, FullFileSystemCutsALivePhotoBehindItsStill) {
-    const size_t size = stillSize();
-    const TemporaryFile video;
-    ASSERT_EQ(0, ftruncate(video.fd(), 5000));
-    for (const bool extended : {false, true}) {
-        Still still = greyStill();
-        uint8_t extender = 1;
-        {
-            const FileSizeLimit full(size + 4100);
-            EXPECT_EQ(extended ? -1 : 0, still.writer->createLivePhoto(still.frame.bytes.data(), nullptr, 0, nullptr, 0,
-                                                                       extended ? &extender : nullptr, extended ? 1 : 0,
-                                                                       -1, video.fd(), still.file.fd()));
-        }
-        EXPECT_EQ(size + 4100, still.file.bytes().size());
-        EXPECT_EQ("", readStill(still.file.path()).error) << "the still is whole";
-    }
-}
-
 }  // namespace

@@ -62,15 +62,6 @@ TEST(Soak, TwoThousandStillsLeaveNothingBehind) {
     soak("free codec", 2000, kAllocatorCaches);
 }
 
-// x265 3.5 loses some 1,190 bytes of its own with every encoder that is opened and closed.
-TEST(Soak, TwoHundredStillsOfTheRealEncoderLeaveOnlyWhatItKeeps) {
-    constexpr size_t kLostPerEncoder = 1300;
-    constexpr int kStills = 200;
-    setProperties("debug.quill.host.x265.preset=ultrafast");
-    const size_t encodersForTwo = 1 + std::clamp(std::thread::hardware_concurrency(), 1u, 2u);  // whole, two tiles
-    soak("x265", kStills, kStills / 2 * encodersForTwo * kLostPerEncoder);
-}
-
 void onThreads(size_t count, const std::function<void(size_t)>& work) {
     std::vector<std::thread> threads;
     for (size_t i = 0; i < count; ++i) threads.emplace_back(work, i);

@@ -57,23 +57,6 @@ TEST(TileLayout, BitsPerPixelFollowFormat) {
     for (const int other : {0, 3, 4, 7, -1}) EXPECT_EQ(12, getBitsPerPixel(other)) << other;
 }
 
-// More rows of tiles than a fuzzer's frames have.
-TEST(WholeFrameTiling, WholeTilesAreThoseThatAreCutOutOneByOne) {
-    constexpr int kWidth = 1040, kHeight = 1536;  // and 16 columns that fill no tile
-    Bytes frame(size_t{3} * kWidth * kHeight);
-    for (size_t i = 0; i < frame.size(); ++i) frame[i] = static_cast<uint8_t>(i * i >> 7);
-    for (const auto& [format, bytes] : {std::pair(FORMAT_NV12, size_t{393216}), {FORMAT_P010, size_t{786432}}}) {
-        const sp<QuillHeifEncoder> encoder = new QuillHeifEncoder(kWidth, kHeight, kWidth, kHeight, format, 95);
-        Bytes all(6 * bytes), expected(all.size());
-        for (int k = 0; k < 6; ++k) {
-            encoder->fillInputBuffer(expected.data() + bytes * k, frame.data(), k / 2 * 3 + k % 2, 512);
-        }
-        if (format == FORMAT_NV12) encoder->splitYuvData(frame.data(), kWidth, kHeight, all.data());
-        if (format == FORMAT_P010) encoder->split10BitYuvData(frame.data(), kWidth, kHeight, all.data());
-        EXPECT_TRUE(expected == all) << format;
-    }
-}
-
 TEST(WholeFrameTiling, TwoVerbosityRules) {
     const std::pair<const char*, char> kLines[] = {{"D/splitYuvData enter", '5'},      {"D/splitYuvData end", '5'},
                                                    {"V/split10BitYuvData enter", '6'}, {"V/split10BitYuvData end", '6'},

@@ -79,35 +79,12 @@ INSTANTIATE_TEST_SUITE_P(, Stills, testing::Combine(testing::ValuesIn(kFormats),
                              return std::string(std::get<0>(info.param).name) + std::get<1>(info.param).name;
                          });
 
-// The codec averages chroma over pairs of pixels, and the pairs at an odd edge are half outside of the picture.
-TEST(WriterStill, EdgesOfSurfaceTilesKeepTheirColour) {
+TEST(WriterStill, VendorSurfacesCarryTenBits) {
     setenv("QUILL_DEVICE", "vendor-qti", 1);
-    for (const auto& [format, edges] :
-         {std::pair(FORMAT_RGBA8888, Geometry{601, 601, 601, 601}), std::pair(FORMAT_RGBA8888, Geometry{5, 3, 5, 3}),
-          std::pair(FORMAT_P010, Geometry{601, 602, 602, 602})}) {
-        Still still(makeFrame(format, edges));
-        ASSERT_EQ(0, still.write());
-        const ReadStill read = readStill(still.file.path());
-        ASSERT_EQ("", read.error) << format;
-        EXPECT_GE(psnr(still.frame.shown, read.planes).luma, edges.width > 5 ? kFaithful : 40) << format;
-        const auto worst = [&](const std::vector<uint16_t>& shown, const std::vector<uint16_t>& got, int width,
-                               int height) {
-            int distance = 0;
-            for (int y = 0; y < height; ++y)
-                distance = std::max(distance, std::abs(shown[y * width + width - 1] - got[y * width + width - 1]));
-            for (int x = 0; x < width; ++x)
-                distance =
-                        std::max(distance, std::abs(shown[(height - 1) * width + x] - got[(height - 1) * width + x]));
-            return distance;
-        };
-        const Planes& shown = still.frame.shown;
-        const int most = format == FORMAT_P010 ? 48 : 12;
-        EXPECT_LE(worst(shown.y, read.planes.y, shown.width, shown.height), most) << format << " " << edges.width;
-        EXPECT_LE(worst(shown.u, read.planes.u, shown.chromaWidth(), shown.chromaHeight()), most)
-                << format << " " << edges.width;
-        EXPECT_LE(worst(shown.v, read.planes.v, shown.chromaWidth(), shown.chromaHeight()), most)
-                << format << " " << edges.width;
-    }
+    Still still(makeFrame(FORMAT_P010, {601, 602, 640, 602}));
+    ASSERT_EQ(0, still.write());
+    const Psnr distance = psnr(still.frame.shown, readStill(still.file.path()).planes);
+    EXPECT_GE(std::min(distance.luma, distance.chroma), kFaithful);
 }
 
 TEST(WriterStill, Nv21FrameIsLeftInNv12Order) {

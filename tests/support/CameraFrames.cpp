@@ -117,9 +117,7 @@ double planePsnr(const Plane& a, const Plane& b, int width, int height, int dept
 }  // namespace
 
 size_t frameBytes(InputColorFormat format, const Geometry& geometry) {
-    const size_t luma = static_cast<size_t>(geometry.stride) * static_cast<size_t>(geometry.sliceHeight);
-    if (format == FORMAT_RGBA8888) return 4 * luma;
-    return (luma + luma / 2) * (format == FORMAT_P010 ? 2 : 1);
+    return static_cast<size_t>(android::frameBytes(format, geometry).whole);
 }
 
 CameraFrame makeFrame(InputColorFormat format, const Geometry& geometry, int pan) {
