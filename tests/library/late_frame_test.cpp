@@ -96,8 +96,8 @@ TEST_F(LateFrame, SecondFrameIsRefusedAtOnceAndHoldsNothing) {
                                       std::pair("MediaCodec::dequeueOutputBuffer", Fault::stalling())}) {
         Faults::instance().reset();
         Faults::instance().inject(call, fault, 2);
-        const Holdings before = Holdings::now();
         App half(kArray);
+        const Holdings before = Holdings::now();
         half.setUp();
         EXPECT_EQ(-1, writeHurried(half, log, [c = call] { return isMade(c, 2); })) << "the first frame, half-way";
         const int polls = Faults::instance().occurrences()["usleep"];
