@@ -22,7 +22,7 @@ using quill::host::Faults;
 
 namespace {
 
-/** How long to wait for a fence. After that the buffer is used as it is, so that a fence never blocks for ever. */
+/** How long to wait for a fence. After that the buffer is used as it is. */
 constexpr int kFenceTimeoutMs = 3000;
 
 /** Owns a fence: a descriptor that becomes readable when the producer's writes are done. */

@@ -47,7 +47,7 @@ int definedV(size_t r, size_t g, size_t b) {
     return stored(kR * r + kG * g + kB * b + 128.0);
 }
 
-/** Those that this kind of processor may have; one that it lacks is as the next narrower. */
+/** Those that this kind of processor may have; one that is missing is as the next narrower. */
 constexpr VectorWidth kWidths[] = {
 #if defined(__x86_64__)
         VectorWidth::k128, VectorWidth::k256,
@@ -58,7 +58,7 @@ class PixelConversionByWidth : public testing::TestWithParam<VectorWidth> {};
 INSTANTIATE_TEST_SUITE_P(, PixelConversionByWidth, testing::ValuesIn(kWidths));
 
 // Colours are converted many at a time, and one whose sums come close to whole numbers sends its neighbours along the
-// careful way. So each stands alone among as many pixels as go together at most, between pixels that send nobody.
+// careful way. So each stands alone among as many pixels as go together at most, between pixels that take the fast way.
 TEST_P(PixelConversionByWidth, RgbaOfEveryColourIsAsDefined) {
     constexpr size_t kTogether = 64, kRow = 256 * kTogether;
     constexpr uint8_t kPlain[] = {0, 1, 0, 0};

@@ -85,7 +85,7 @@ bool sized(const LogCapture& log) {
 
 TEST(WriterThumbnail, EveryFormatGetsOne) {
     setProperties(kFast);
-    mallopt(M_PERTURB, 0x5A);  // a byte that is left as it was in the heap is none that is expected
+    mallopt(M_PERTURB, 0x5A);  // so that a byte left as it was in the heap differs
     for (const InputColorFormat format : {FORMAT_I420, FORMAT_P010, FORMAT_RGBA8888, FORMAT_NV12, FORMAT_NV21}) {
         Still still(makeFrame(format, {300, 200, 320, 208}));
         const LogCapture log;

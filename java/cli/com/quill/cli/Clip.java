@@ -30,7 +30,7 @@ final class Clip {
     private static final int kHandlerTypeAt = kFullBoxSize + 4;
     private static final int kFirstEntryTypeAt = kFullBoxSize + 4 + 4;  // behind the count and the entry's size
     private static final double kMicrosecondsPerSecond = 1e6;
-    private static final double kMaxMicroseconds = 1e15;  // thirty years: a duration beyond is none
+    private static final double kMaxMicroseconds = 1e15;  // thirty years: a longer duration is damage
 
     final Path mPath;
     final long mBytes;
@@ -109,7 +109,7 @@ final class Clip {
         String codec = kCodecs.get(type);
         if (codec != null) return codec;
         String shown = type.chars().allMatch(c -> c > ' ' && c < 0x7f) ? type : "not named";
-        throw new IOException("has a video track whose codec (" + shown + ") is none that viewers play");
+        throw new IOException("has a video track in a codec (" + shown + ") that viewers do not play");
     }
 
     private static List<Box> inside(HeifSource file, Box box) throws IOException {

@@ -52,7 +52,7 @@ final class MotionPhotoXmp {
                 boxItem("GainMapBox", gainmapBytes) + boxItem("ExtenderBox", extenderBytes) + kEndOfItems);
     }
 
-    /** A packet of the user's own, in UTF-8; an IOException says why it is none. */
+    /** A packet of the user's own, in UTF-8; an IOException says why it is not one. */
     static String read(Path file) throws IOException {
         if (Files.size(file) > kMaxPacketBytes) throw new IOException("is too large for an XMP packet");
         String text = decode(Files.readAllBytes(file));

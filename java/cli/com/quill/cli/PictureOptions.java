@@ -90,7 +90,7 @@ final class PictureOptions {
             case "270":
                 return Integer.parseInt(mRotation);
             default:
-                throw usage("the rotation " + mRotation + " is none of auto, 0, 90, 180, 270");
+                throw usage("the rotation " + mRotation + " is not auto, 0, 90, 180 or 270");
         }
     }
 }
