@@ -9,6 +9,7 @@
 
 #include "HeifWriterJni.h"
 #include "StandardUtf8.h"
+#include "support/App.h"
 #include "support/CameraFrames.h"
 #include "support/FakeVm.h"
 #include "support/LogCapture.h"
@@ -143,6 +144,15 @@ TEST(JniMethods, ReadOnlyOutputIsLoggedForAnArrayButNotForABitmap) {
                                          "mode!"));
     EXPECT_THAT(java.thrown, ElementsAre()) << "before the handle is looked at";
     close(output.fd);
+}
+
+TEST(JniMethods, GainMapMayBeAbsent) {
+    App app({"live", "", FORMAT_NV12, true, false, 64});
+    app.options.fields.erase("gainmapFd");
+    app.setUp();
+    EXPECT_EQ(0, app.write());
+    EXPECT_EQ(" still mpvd qext", app.fileText());
+    app.destroy();
 }
 
 TEST(JniText, ModifiedUtf8BecomesStandard) {

@@ -70,10 +70,10 @@ App::App(const PhotoCase& shown) : photo(shown), mBitmap(shown.width, kRows, fra
     outputFd.fd = output.fd();
     mVideoFd.fd = video.fd();
     mGainMapFd.fd = gainMap.fd();
-    mOptions.fields = {{"xmpData", FakeVm::asJava(&mXmp)},
-                       {"fileExtender", FakeVm::asJava(&mExtender)},
-                       {"gainmapFd", FakeVm::asJava(&mGainMapFd)},
-                       {"videoFd", FakeVm::asJava(&mVideoFd)}};
+    options.fields = {{"xmpData", FakeVm::asJava(&mXmp)},
+                      {"fileExtender", FakeVm::asJava(&mExtender)},
+                      {"gainmapFd", FakeVm::asJava(&mGainMapFd)},
+                      {"videoFd", FakeVm::asJava(&mVideoFd)}};
     JNI_OnLoad(java.vm(), nullptr);
 }
 
@@ -93,7 +93,7 @@ long App::write() {
     const jbyteArray pixels = FakeVm::asJava(&array);
     const jbyteArray block = FakeVm::asJava(&mExif);
     const jobject fd = FakeVm::asJava(&outputFd);
-    const jobject asked = FakeVm::asJava(&mOptions);
+    const jobject asked = FakeVm::asJava(&options);
     JNIEnv* const env = java.env();
     const jlong result =
             photo.bitmap ? nativeCreateLivePhotoByBmp(env, self(), mHandle, FakeVm::asJava(&mBitmap), block, fd, asked)

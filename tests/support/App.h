@@ -44,13 +44,13 @@ class App {
     PhotoCase photo;
     FakeVm java;
     const TemporaryFile output, video, gainMap;
-    FakeVm::Object outputFd;
+    FakeVm::Object outputFd, options;
     FakeVm::Array array;
 
   private:
     jobject self() { return FakeVm::asJava(&mObject); }
 
-    FakeVm::Object mObject, mVideoFd, mGainMapFd, mOptions;
+    FakeVm::Object mObject, mVideoFd, mGainMapFd;
     FakeVm::Array mExif, mExtender;
     FakeVm::Bitmap mBitmap;
     FakeVm::Text mXmp = "<x:xmpmeta xmlns:x=\"adobe:ns:meta/\"/>";
