@@ -15,7 +15,7 @@ bool isBaseline420(const jpeg_decompress_struct& in) {
         const int factor = i == 0 ? 2 : 1;
         halved = halved && in.comp_info[i].h_samp_factor == factor && in.comp_info[i].v_samp_factor == factor;
     }
-    return halved && in.progressive_mode == FALSE && in.arith_code == FALSE;
+    return in.saw_JFIF_marker == TRUE && halved && in.progressive_mode == FALSE && in.arith_code == FALSE;
 }
 
 }  // namespace
