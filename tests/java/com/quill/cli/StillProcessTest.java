@@ -4,14 +4,20 @@ import static org.junit.jupiter.api.Assertions.assertEquals;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import java.io.IOException;
+import java.nio.ByteOrder;
 import java.nio.charset.StandardCharsets;
 import java.nio.file.FileSystems;
 import java.nio.file.Files;
 import java.nio.file.Path;
 import java.nio.file.StandardWatchEventKinds;
 import java.nio.file.WatchService;
+import java.util.ArrayDeque;
 import java.util.ArrayList;
+import java.util.Deque;
+import java.util.HashMap;
 import java.util.List;
+import java.util.Map;
+import java.util.TreeMap;
 import java.util.concurrent.TimeUnit;
 import java.util.regex.Matcher;
 import java.util.regex.Pattern;
@@ -22,6 +28,9 @@ import org.junit.jupiter.api.io.TempDir;
 
 /** The command as a process of its own, where the system's limits and signals reach it. */
 class StillProcessTest {
+    private static final Pattern kTraceEvent = Pattern.compile(
+            "\\{\"ph\":\"(.)\".*?\"tid\":(\\d+),\"name\":\"(.*?)\"(?:,\"args\":\\{\"name\":\"(.*?)\"\\})?\\}");
+
     @TempDir
     Path mFolder;
 
@@ -41,6 +50,25 @@ class StillProcessTest {
         try (Stream<Path> files = Files.list(mFolder)) {
             return files.map(file -> file.getFileName().toString()).sorted().collect(Collectors.toList());
         }
+    }
+
+    /** Sections by thread, in order, each behind those that it lies in. */
+    private static Map<String, List<String>> sections(String trace) {
+        Map<String, String> threads = new HashMap<>();
+        Map<String, Deque<String>> open = new HashMap<>();
+        Map<String, List<String>> sections = new TreeMap<>();
+        Matcher event = kTraceEvent.matcher(trace);
+        while (event.find()) {
+            String kind = event.group(1), thread = event.group(2);
+            Deque<String> path = open.computeIfAbsent(thread, tid -> new ArrayDeque<>());
+            if (kind.equals("M")) threads.put(thread, event.group(4));
+            if (kind.equals("E")) path.removeLast();
+            if (!kind.equals("B")) continue;
+            path.addLast(event.group(3));
+            sections.computeIfAbsent(threads.get(thread), name -> new ArrayList<>()).add(String.join(" > ", path));
+        }
+        open.values().forEach(path -> assertEquals(0, path.size(), "left open: " + path));
+        return sections;
     }
 
     @Test
@@ -68,9 +96,8 @@ class StillProcessTest {
     @Test
     void still_WaitsLongerForASlowPresetOnTheStretchedClock() throws Exception {
         Path photo = Pictures.writeJpeg(mFolder.resolve("photo.jpg"), 1200, 900);
-        Process process = start("export QUILL_DEVICE=free-codec QUILL_CLOCK_STRETCH=300; ", photo.toString(),
-                "--preset", "placebo");
-        // A poll of 2 ms, or two; a picture of a megapixel makes them five times as long at this preset.
+        Process process = start("export QUILL_CLOCK_STRETCH=300; ", photo.toString(), "--preset", "placebo");
+        // A poll of 2 ms, or more; a picture of a megapixel makes each five times as long at this preset.
         Matcher seconds = Pattern.compile("([0-9.]+) s\\R").matcher(output(process));
         assertTrue(seconds.find() && Double.parseDouble(seconds.group(1)) >= 3.2, seconds::toString);
     }
@@ -97,5 +124,22 @@ class StillProcessTest {
             assertTrue(process.waitFor() != 0, "the signal came too late");
         }
         assertEquals(List.of("photo.jpg"), files());
+    }
+
+    @Test
+    void still_TraceNestsItsStepsByThread() throws Exception {
+        Path photo = mFolder.resolve("photo.jpg");
+        Path trace = mFolder.resolve("trace.json");
+        Files.write(photo, Pictures.jpegWithExif(640, 480, Pictures.exif(ByteOrder.LITTLE_ENDIAN, 1)));
+        Process process = start("export QUILL_TRACE=" + trace + "; ", photo.toString());
+        assertEquals(0, process.waitFor(), output(process));
+        assertEquals(
+                Map.of("java",
+                        List.of("start", "start > initEncoder", "processInputFrame", "processInputFrame > analysisExif",
+                                "processInputFrame > saveYuvBuf", "processInputFrame > alterExif"),
+                        "QuillHeifWriter",
+                        List.of("onMessageReceived", "onMessageReceived > addYuvBuffer",
+                                "onMessageReceived > addYuvBuffer > onOutputBufferReceived")),
+                sections(Files.readString(trace)));
     }
 }
