@@ -107,8 +107,8 @@ TEST_F(Looper, StopDropsWhatIsQueuedAndARestartDeliversOnlyWhatIsNew) {
     ASSERT_EQ(OK, mLooper->start());
     message(1)->post(60'000'000);
     ASSERT_EQ(OK, mLooper->stop());
-    ASSERT_EQ(OK, mLooper->start());
-    message(2)->post();
+    startHurrying();
+    message(2)->post(61'000'000);
     EXPECT_THAT(mRecorder->waitFor(1), ElementsAre(2));
 }
 
