@@ -29,9 +29,9 @@ Figures peaksPerMegapixel(const Geometry& large, const Geometry& small);
 /** The bound: `spare` bytes. */
 Figures peakBesideFrame(const char* device, Format format, const Geometry& geometry, double spare);
 
-// The installed quill still beside heif-enc on the same photograph, at the quality that brings its luma nearest to ours
-// without passing it. The first call looks for that quality and prints a note on it. The calling process starts others:
-// it has to be small.
+// The installed quill still beside heif-enc on the same photograph, at the quality that brings its luma nearest to
+// ours. The first call looks for that quality and prints a note on it. The calling process starts others: it has to be
+// small.
 Figures timesBesideHeifEnc();
 Figures timesOfTwentyBesideHeifEnc();
 Figures peaksBesideHeifEnc();
