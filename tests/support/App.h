@@ -34,12 +34,12 @@ class App {
     /** Other contents in arrays and bitmap, and with `file` another format in the file: all of it is the app's own. */
     void scribble(bool file);
     /** What is no longer as the app left it; empty for nothing. */
-    std::string touched() const;
+    std::string touched();
     /** The boxes behind what the file held before, or what is wrong: " still mpvd", " as it was". */
     std::string fileText() const;
     bool holdsNothing() const;  ///< no array is pinned, no bitmap locked, no text handed out
 
-    const CameraFrame& frame() const;
+    const CameraFrame& frame() const;  ///< made once a process, format and size
 
     PhotoCase photo;
     FakeVm java;

@@ -69,18 +69,15 @@ jbyte* getElements(JNIEnv*, jbyteArray array, jboolean*) {
 jsize getArrayLength(JNIEnv*, jarray array) { return static_cast<jsize>(arrayOf(array).size()); }
 
 /** A bitmap's pixels stay pinned as long as the reference that a lock holds. */
-std::set<jobject>& pixelBuffers() {
-    static std::set<jobject>* const known = new std::set<jobject>;
-    return *known;
-}
+std::set<jobject> pixelBuffers;
 
 void* getDirectBufferAddress(JNIEnv*, jobject buffer) {
-    pixelBuffers().insert(buffer);
+    pixelBuffers.insert(buffer);
     return arrayOf(static_cast<jarray>(buffer)).pin();
 }
 
 void deleteGlobalRef(JNIEnv*, jobject object) {
-    if (pixelBuffers().count(object) != 0) arrayOf(static_cast<jarray>(object)).unpin();
+    if (pixelBuffers.count(object) != 0) arrayOf(static_cast<jarray>(object)).unpin();
 }
 
 jint getIntField(JNIEnv*, jobject object, jfieldID field) {
@@ -125,22 +122,20 @@ void enter(Result (*&entry)(JNIEnv*, Args...)) {
 
 void FakeVm::Array::assign(const std::vector<uint8_t>& bytes) {
     mMemory = std::make_unique<GuardedMemory>(bytes.size());
-    mMemory->open();
-    std::copy(bytes.begin(), bytes.end(), mMemory->data());
-    mMemory->shut();
+    std::copy(bytes.begin(), bytes.end(), pin());
+    unpin();
 }
 
-std::vector<uint8_t> FakeVm::Array::bytes() const {
-    mMemory->open();
-    const std::vector<uint8_t> copy(mMemory->data(), mMemory->data() + mMemory->size());
-    if (mPins == 0) mMemory->shut();
+std::vector<uint8_t> FakeVm::Array::bytes() {
+    const int8_t* const data = pin();
+    const std::vector<uint8_t> copy(data, data + size());
+    unpin();
     return copy;
 }
 
 void FakeVm::Array::fill(uint8_t value) {
-    mMemory->open();
-    std::fill_n(mMemory->data(), mMemory->size(), static_cast<int8_t>(value));
-    if (mPins == 0) mMemory->shut();
+    std::fill_n(pin(), size(), static_cast<int8_t>(value));
+    unpin();
 }
 
 int8_t* FakeVm::Array::pin() {
@@ -161,13 +156,9 @@ FakeVm::Bitmap::Bitmap(int width, int height, const std::vector<uint8_t>& rgba)
 
 FakeVm::FakeVm() {
     current = this;
-    fillTable();
     mInvokeTable.GetEnv = getEnv;
     mEnv.functions = &mTable;
     mVm.functions = &mInvokeTable;
-}
-
-void FakeVm::fillTable() {
     mTable.FindClass = [](JNIEnv*, const char* name) { return findNamed<jclass>(name); };
     mTable.GetFieldID = [](JNIEnv*, jclass, const char* name, const char*) { return findNamed<jfieldID>(name); };
     mTable.RegisterNatives = registerNatives;
@@ -177,13 +168,7 @@ void FakeVm::fillTable() {
     mTable.NewGlobalRef = [](JNIEnv*, jobject object) { return object; };
     mTable.DeleteGlobalRef = deleteGlobalRef;
     mTable.IsSameObject = [](JNIEnv*, jobject one, jobject other) -> jboolean { return one == other; };
-    mTable.GetJavaVM = [](JNIEnv*, JavaVM** vm) -> jint {
-        *vm = current->vm();
-        return JNI_OK;
-    };
     mTable.ExceptionCheck = [](JNIEnv*) -> jboolean { return current->exceptionPending; };
-    mTable.ExceptionOccurred = [](JNIEnv*) -> jthrowable { return nullptr; };
-    mTable.ExceptionClear = [](JNIEnv*) {};
     mTable.IsInstanceOf = [](JNIEnv*, jobject, jclass) -> jboolean { return JNI_TRUE; };
     mTable.ReleaseStringUTFChars = [](JNIEnv*, jstring, const char*) { --current->texts; };
     mTable.GetDirectBufferCapacity = [](JNIEnv*, jobject buffer) {

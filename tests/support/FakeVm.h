@@ -23,7 +23,7 @@ class FakeVm {
     class Array {
       public:
         void assign(const std::vector<uint8_t>& bytes);
-        std::vector<uint8_t> bytes() const;
+        std::vector<uint8_t> bytes();
         size_t size() const { return mMemory == nullptr ? 0 : mMemory->size(); }
         /** What the app does with its array once it is its own again. */
         void fill(uint8_t value);
@@ -73,8 +73,6 @@ class FakeVm {
     int texts = 0;                        ///< whose characters are handed out
 
   private:
-    void fillTable();
-
     JNINativeInterface mTable{};
     JNIInvokeInterface mInvokeTable{};
     JNIEnv mEnv{};

@@ -8,8 +8,6 @@ namespace quill::test {
 
 namespace {
 
-constexpr size_t kOffsetField = 4;
-
 std::vector<uint16_t> planeOf(const heif::Image& image, heif_channel channel) {
     int pitch = 0;
     const uint8_t* row = image.get_plane(channel, &pitch);
@@ -23,24 +21,6 @@ std::vector<uint16_t> planeOf(const heif::Image& image, heif_channel channel) {
     return samples;
 }
 
-Planes planesOf(const heif::Image& image) {
-    return {image.get_width(heif_channel_Y),
-            image.get_height(heif_channel_Y),
-            image.get_bits_per_pixel_range(heif_channel_Y),
-            planeOf(image, heif_channel_Y),
-            planeOf(image, heif_channel_Cb),
-            planeOf(image, heif_channel_Cr)};
-}
-
-/** Bodies of the metadata items of `type`, each from its byte `begin` on. */
-template <typename Body>
-void readMetadata(const heif::ImageHandle& image, const char* type, size_t begin, std::vector<Body>* bodies) {
-    for (const heif_item_id id : image.get_list_of_metadata_block_IDs(type)) {
-        const std::vector<uint8_t> body = image.get_metadata(id);
-        bodies->emplace_back(body.begin() + static_cast<ptrdiff_t>(std::min(begin, body.size())), body.end());
-    }
-}
-
 }  // namespace
 
 ReadStill readStill(const std::string& path, bool decode) {
@@ -48,13 +28,26 @@ ReadStill readStill(const std::string& path, bool decode) {
     try {
         heif::Context file;
         file.read_from_file(path);
-        heif::ImageHandle image = file.get_primary_image_handle();
+        heif::ImageHandle handle = file.get_primary_image_handle();
         still.topLevelImages = file.get_number_of_top_level_images();
-        still.shownWidth = image.get_width();
-        still.shownHeight = image.get_height();
-        readMetadata(image, "Exif", kOffsetField, &still.exif);
-        readMetadata(image, "mime", 0, &still.xmp);
-        if (decode) still.planes = planesOf(image.decode_image(heif_colorspace_YCbCr, heif_chroma_420));
+        still.shownWidth = handle.get_width();
+        still.shownHeight = handle.get_height();
+        for (const heif_item_id id : handle.get_list_of_metadata_block_IDs("Exif")) {
+            const std::vector<uint8_t> body = handle.get_metadata(id);
+            still.exif.emplace_back(body.begin() + std::min<ptrdiff_t>(4, body.end() - body.begin()), body.end());
+        }
+        for (const heif_item_id id : handle.get_list_of_metadata_block_IDs("mime")) {
+            const std::vector<uint8_t> body = handle.get_metadata(id);
+            still.xmp.emplace_back(body.begin(), body.end());
+        }
+        if (!decode) return still;
+        const heif::Image image = handle.decode_image(heif_colorspace_YCbCr, heif_chroma_420);
+        still.planes = {image.get_width(heif_channel_Y),
+                        image.get_height(heif_channel_Y),
+                        image.get_bits_per_pixel_range(heif_channel_Y),
+                        planeOf(image, heif_channel_Y),
+                        planeOf(image, heif_channel_Cb),
+                        planeOf(image, heif_channel_Cr)};
     } catch (const heif::Error& error) {
         still.error = error.get_message();
     }

@@ -6,20 +6,6 @@
 
 namespace quill::test {
 
-namespace {
-
-bool isBaseline420(const jpeg_decompress_struct& in) {
-    if (in.num_components != 3 || in.jpeg_color_space != JCS_YCbCr || in.data_precision != 8) return false;
-    bool halved = true;
-    for (int i = 0; i < 3; ++i) {
-        const int factor = i == 0 ? 2 : 1;
-        halved = halved && in.comp_info[i].h_samp_factor == factor && in.comp_info[i].v_samp_factor == factor;
-    }
-    return in.saw_JFIF_marker == TRUE && halved && in.progressive_mode == FALSE && in.arith_code == FALSE;
-}
-
-}  // namespace
-
 ReadJpeg readJpeg(const std::vector<uint8_t>& jpeg) {
     jpeg_decompress_struct in{};
     jpeg_error_mgr errors{};
@@ -27,15 +13,18 @@ ReadJpeg readJpeg(const std::vector<uint8_t>& jpeg) {
     jpeg_create_decompress(&in);
     jpeg_mem_src(&in, jpeg.data(), jpeg.size());
     jpeg_read_header(&in, TRUE);
+    bool is420 = in.num_components == 3 && in.jpeg_color_space == JCS_YCbCr;
+    for (int i = 0; is420 && i < 3; ++i) {
+        const int factor = i == 0 ? 2 : 1;
+        is420 = in.comp_info[i].h_samp_factor == factor && in.comp_info[i].v_samp_factor == factor;
+    }
+    const bool isBaseline = in.saw_JFIF_marker == TRUE && in.data_precision == 8 && in.progressive_mode == FALSE &&
+                            in.arith_code == FALSE;
+    ReadJpeg read{static_cast<int>(in.image_width), static_cast<int>(in.image_height), is420 && isBaseline, 0, 0, {}};
     in.out_color_space = JCS_YCbCr;
     in.do_fancy_upsampling = FALSE;
     jpeg_start_decompress(&in);
-    ReadJpeg read{static_cast<int>(in.image_width),
-                  static_cast<int>(in.image_height),
-                  isBaseline420(in),
-                  in.quant_tbl_ptrs[0]->quantval[0],
-                  0,
-                  {}};
+    read.coarseness = in.quant_tbl_ptrs[0]->quantval[0];
     const size_t pitch = size_t{3} * in.image_width;
     read.yuv.resize(pitch * in.image_height);
     while (in.output_scanline < in.image_height) {

@@ -1,43 +1,24 @@
 #include "support/LogCapture.h"
 
 #include <algorithm>
-#include <chrono>
-#include <condition_variable>
 #include <mutex>
 
 #include <android/log.h>
+
+#include "support/Waiting.h"
 
 namespace quill::test {
 
 namespace {
 
-constexpr std::chrono::seconds kLongestWait{60};
-constexpr char kLetters[] = "??VDIWEF";  // by android_LogPriority
-
-struct State {
-    std::mutex lock;
-    std::condition_variable logged;
-    std::vector<std::string> lines;
-};
-
-State& state() {
-    static State* const kept = new State;  // outlives every thread that may still log at exit
-    return *kept;
-}
-
-std::string prefixOf(const __android_logger_data* line) {
-    const bool known = line->priority >= 0 && line->priority < ANDROID_LOG_SILENT;
-    return std::string(1, known ? kLetters[line->priority] : '?') + "/" + (line->tag == nullptr ? "" : line->tag);
-}
+std::mutex gLock;
+// Outlives every thread that may still log at exit.
+std::vector<std::string>& gLines = *new std::vector<std::string>;
 
 void capture(const __android_logger_data* line, const char* message) {
-    const std::lock_guard<std::mutex> guard(state().lock);
-    state().lines.push_back(prefixOf(line) + ": " + message);
-    state().logged.notify_all();
-}
-
-bool contains(const std::vector<std::string>& lines, const std::string& line) {
-    return std::find(lines.begin(), lines.end(), line) != lines.end();
+    constexpr char kLetters[] = "??VDIWEF";  // by android_LogPriority
+    const std::lock_guard<std::mutex> guard(gLock);
+    gLines.push_back(std::string{kLetters[line->priority], '/'} + line->tag + ": " + message);
 }
 
 }  // namespace
@@ -52,8 +33,8 @@ LogCapture::~LogCapture() {
 }
 
 std::vector<std::string> LogCapture::lines() const {
-    const std::lock_guard<std::mutex> guard(state().lock);
-    return state().lines;
+    const std::lock_guard<std::mutex> guard(gLock);
+    return gLines;
 }
 
 std::vector<std::string> LogCapture::of(const std::string& tag) const {
@@ -67,18 +48,17 @@ std::vector<std::string> LogCapture::of(const std::string& tag) const {
 }
 
 int LogCapture::count(const std::string& line) const {
-    const std::vector<std::string> all = lines();
-    return static_cast<int>(std::count(all.begin(), all.end(), line));
+    const std::lock_guard<std::mutex> guard(gLock);
+    return static_cast<int>(std::count(gLines.begin(), gLines.end(), line));
 }
 
 bool LogCapture::waitFor(const std::string& line) const {
-    std::unique_lock<std::mutex> guard(state().lock);
-    return state().logged.wait_for(guard, kLongestWait, [&] { return contains(state().lines, line); });
+    return comesTrue([&] { return has(line); });
 }
 
 void LogCapture::clear() {
-    const std::lock_guard<std::mutex> guard(state().lock);
-    state().lines.clear();
+    const std::lock_guard<std::mutex> guard(gLock);
+    gLines.clear();
 }
 
 }  // namespace quill::test
