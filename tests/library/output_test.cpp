@@ -17,59 +17,33 @@ using namespace quill::test;
 using quill::host::Clock;
 using Bytes = std::vector<uint8_t>;
 
-/** A started writer whose stills are all alike. */
-Still greyStill() {
-    setProperties("debug.quill.host.encoder=free");
-    return Still(makeFrame(FORMAT_NV12, {1000, 700, 1000, 700}));
-}
-
+/** Writes a still to `fd`. All are alike. */
 int32_t writeTo(int fd) {
-    Still still = greyStill();
+    setProperties("debug.quill.host.encoder=free");
+    Still still(makeFrame(FORMAT_NV12, {1000, 700, 1000, 700}));
     return still.writer->processInputFrame(still.frame.bytes.data(), nullptr, 0, fd);
 }
 
 size_t stillSize() {
-    Still still = greyStill();
-    EXPECT_EQ(0, still.write());
-    return still.file.bytes().size();
+    const TemporaryFile file;
+    EXPECT_EQ(0, writeTo(file.fd()));
+    return file.bytes().size();
 }
 
-/** No file grows beyond `bytes` while it lives, as on a file system that is full then. */
-class FileSizeLimit {
-  public:
-    explicit FileSizeLimit(size_t bytes) {
-        signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &mBefore);
-        const rlimit limit = {bytes, mBefore.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &mBefore); }
-
-  private:
-    rlimit mBefore{};
-};
-
 TEST(Output, StillBeginsWhereTheDescriptorStandsAndEndsTheFile) {
-    const std::string kBefore = "before";
-    const struct {
-        int flags;
-        off_t offset;
-        size_t kept;
-    } kCases[] = {
-            {O_WRONLY, 0, 0}, {O_RDWR, 3, 3}, {O_WRONLY | O_APPEND, 0, kBefore.size()}, {O_RDWR, 6, kBefore.size()}};
+    const Bytes before = {'b', 'e', 'f', 'o', 'r', 'e'};
     const size_t size = stillSize();
-    for (const auto& test : kCases) {
-        const TemporaryFile file;
-        ASSERT_EQ(6, ::write(file.fd(), kBefore.data(), kBefore.size()));
-        const int fd = open(file.path().c_str(), test.flags | O_CLOEXEC);
-        lseek(fd, test.offset, SEEK_SET);
-        EXPECT_EQ(0, writeTo(fd)) << test.flags;
+    for (const auto& [flags, offset, kept] :
+         {std::tuple(O_WRONLY, 0, 0), {O_RDWR, 3, 3}, {O_WRONLY | O_APPEND, 0, 6}}) {
+        const TemporaryFile file(before);
+        const int fd = open(file.path().c_str(), flags | O_CLOEXEC);
+        lseek(fd, offset, SEEK_SET);
+        EXPECT_EQ(0, writeTo(fd)) << flags;
         const Bytes bytes = file.bytes();
-        EXPECT_EQ(test.kept + size, bytes.size()) << test.flags;
-        EXPECT_EQ(kBefore.substr(0, test.kept) + std::string("\0\0\0", 3),
-                  std::string(bytes.begin(), bytes.begin() + static_cast<ptrdiff_t>(test.kept) + 3));
+        EXPECT_EQ(static_cast<size_t>(kept) + size, bytes.size()) << flags;
+        EXPECT_EQ(Bytes(before.begin(), before.begin() + kept), Bytes(bytes.begin(), bytes.begin() + kept)) << flags;
         EXPECT_EQ(static_cast<off_t>(bytes.size()), lseek(fd, 0, SEEK_CUR)) << "for what is appended next";
-        EXPECT_EQ(test.kept == 0, readStill(file.path()).error.empty()) << "readers want it at the start of a file";
+        EXPECT_EQ(kept == 0, readStill(file.path()).error.empty()) << "readers want it at the start of a file";
         close(fd);
     }
 }
@@ -89,12 +63,15 @@ TEST(Output, PipeIsATimeOutAndGetsNothing) {
 // at the file. It is as it was before, never a part of a still.
 TEST(Output, FullFileSystemIsNoFailureAndLeavesNoStill) {
     const size_t size = stillSize();
+    signal(SIGXFSZ, SIG_IGN);
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
     for (const size_t limit : {size_t{0}, size_t{10}, size / 2, size - 1}) {
         const TemporaryFile file;
-        {
-            const FileSizeLimit full(limit);
-            EXPECT_EQ(0, writeTo(file.fd())) << limit;
-        }
+        const rlimit full = {limit, before.rlim_max};  // no file grows beyond, as on a file system that is full then
+        setrlimit(RLIMIT_FSIZE, &full);
+        EXPECT_EQ(0, writeTo(file.fd())) << limit;
+        setrlimit(RLIMIT_FSIZE, &before);
         EXPECT_EQ(Bytes(), file.bytes()) << limit;
     }
     const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
