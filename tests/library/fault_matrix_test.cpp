@@ -30,15 +30,15 @@ using quill::host::Clock;
 using quill::host::Fault;
 using quill::host::Faults;
 
-constexpr int kForEver = INT_MAX, kPollsInTenSeconds = 5000;
-
-/** What becomes of a call that blocks. */
-enum class Blocking { kNever, kForGood, kForGoodAndCodecDoesNotStop, kUntilTheTimeOut };
+constexpr int kForEver = INT_MAX;
+constexpr int64_t kTimeOutUs = 10000000;
 
 struct Failure {
     std::string text;
     Fault fault;
-    Blocking blocking = Blocking::kNever;
+
+    bool blocks() const { return fault.kind == Fault::Kind::kStall; }
+    bool blocksForGood() const { return blocks() && text != "blocks until the time-out"; }
 };
 
 /** A row of the table. */
@@ -68,8 +68,6 @@ struct Case {
         return row.call + " #" + std::to_string(occurrence) + " (" + path.photo.name + "): " + failure.text;
     }
 };
-
-// ---- the table -----------------------------------------------------------------------------------------------------
 
 std::vector<std::string> split(const std::string& text, char separator) {
     std::vector<std::string> parts;
@@ -105,18 +103,14 @@ status_t statusOf(const std::string& name) {
 }
 
 Failure failureOf(const std::string& text) {
-    static const std::map<std::string, std::pair<Fault, Blocking>> kKinds = {
-            {"null", {Fault::nothing(), Blocking::kNever}},
-            {"no memory", {Fault::nullBuffer(), Blocking::kNever}},
-            {"no output", {Fault::noOutput(), Blocking::kNever}},
-            {"format change", {Fault::formatChange(), Blocking::kNever}},
-            {"late", {Fault::late(1000), Blocking::kNever}},
-            {"blocks", {Fault::stalling(), Blocking::kForGood}},
-            {"blocks and the codec does not stop", {Fault::stalling(), Blocking::kForGoodAndCodecDoesNotStop}},
-            {"blocks until the time-out", {Fault::stalling(), Blocking::kUntilTheTimeOut}},
+    static const std::map<std::string, Fault> kKinds = {
+            {"null", Fault::nothing()},       {"no memory", Fault::nullBuffer()},
+            {"no output", Fault::noOutput()}, {"format change", Fault::formatChange()},
+            {"late", Fault::late(1000)},
     };
     const auto known = kKinds.find(text);
-    if (known != kKinds.end()) return {text, known->second.first, known->second.second};
+    if (known != kKinds.end()) return {text, known->second};
+    if (text.rfind("blocks", 0) == 0) return {text, Fault::stalling()};
     if (text.rfind("flags ", 0) == 0) return {text, Fault::flags(std::stoi(text.substr(6)))};
     if (text.find(' ') != std::string::npos) return {text, Fault::shortBuffer(std::stoul(text))};
     return {text, Fault::failing(statusOf(text))};
@@ -144,23 +138,16 @@ std::string expectedOf(const Case& test) {
 std::string expectedLine(const Case& test) {
     std::string line = test.row.line;
     const int status = test.failure.fault.status;
-    const bool qti = test.path.photo.device == "vendor-qti";
-    const std::pair<std::string, std::string> kMarks[] = {
-            {"%s", statusText(status)},
-            {"%d", std::to_string(status)},
-            {"%n", statusName(status)},
-            {"%c", qti ? "c2.qti.hevc.encoder" : "c2.quill.hevc.encoder"}};
-    for (const auto& [mark, text] : kMarks) {
+    const char* const component =
+            test.path.photo.device == "vendor-qti" ? "c2.qti.hevc.encoder" : "c2.quill.hevc.encoder";
+    for (const auto& [mark, text] : {std::pair<std::string, std::string>("%s", statusText(status)),
+                                     {"%d", std::to_string(status)},
+                                     {"%n", statusName(status)},
+                                     {"%c", component}}) {
         const size_t at = line.find(mark);
         if (at != std::string::npos) line.replace(at, mark.size(), text);
     }
     return line;
-}
-
-// ---- one photograph ------------------------------------------------------------------------------------------------
-
-bool isReadOnceAProcess(const std::string& call) {
-    return call.rfind("MediaCodecList", 0) == 0 || call.rfind("MediaCodecInfo", 0) == 0;
 }
 
 /** Where nothing ends the frame, the app's ten seconds pass in a tenth. */
@@ -186,7 +173,7 @@ std::string readBack(const App& app) {
 void prepare(const Case& test) {
     Faults::instance().reset();
     if (!test.path.failing.empty()) Faults::instance().inject(test.path.failing, test.path.fault, 1, kForEver);
-    if (test.failure.blocking == Blocking::kForGoodAndCodecDoesNotStop)
+    if (test.failure.text == "blocks and the codec does not stop")
         Faults::instance().inject("MediaCodec::stop", Fault::failing(INVALID_OPERATION));
     if (test.occurrence == 0) return;
     Faults::instance().inject(test.row.call, test.failure.fault, test.occurrence,
@@ -196,8 +183,7 @@ void prepare(const Case& test) {
 
 /** What is not as the row says, empty for nothing: a photograph with its writer from `setUp` to `destroy`. */
 std::string problemsOf(const Case& test) {
-    const Blocking blocking = test.failure.blocking;
-    const bool forGood = blocking == Blocking::kForGood || blocking == Blocking::kForGoodAndCodecDoesNotStop;
+    const bool forGood = test.failure.blocksForGood();
     const std::string expected = expectedOf(test), line = expectedLine(test);
     // A codec that does not stop keeps its own threads; any other call the one that it blocks, and the frame's files.
     const Holdings held{line.find("The codec does not stop") == std::string::npos ? 1 : 100, 2};
@@ -207,9 +193,9 @@ std::string problemsOf(const Case& test) {
     const Holdings before = Holdings::now();
     prepare(test);
     app.setUp();
-    const auto isBlocked = [&] { return blocking != Blocking::kNever && isMade(test.row.call, test.occurrence); };
+    const auto isBlocked = [&] { return test.failure.blocks() && isMade(test.row.call, test.occurrence); };
     const long result = writeHurried(app, log, isBlocked);
-    const int polls = Faults::instance().occurrences()["usleep"];
+    const int64_t slept = FileCalls::sleptUs();
     std::string file;
     if (result == -1) {
         // A muxer that writes when the time is up may go on writing. Anything else leaves the file to the app.
@@ -218,7 +204,7 @@ std::string problemsOf(const Case& test) {
         app.scribble(reuses && file == " as it was");
     }
     Clock::instance().setScale(1);
-    if (blocking == Blocking::kUntilTheTimeOut) {
+    if (test.failure.blocks() && !forGood) {
         Faults::instance().release();
         log.waitFor(kLooperDone);
     }
@@ -227,28 +213,21 @@ std::string problemsOf(const Case& test) {
         app.destroy();
     }
     if (forGood && file.empty()) file = readBack(app);
-    if (forGood && leakedSince(before, held).threads != 0) problems += " leaks threads of a call that blocks;";
+    if (forGood) problems += leakedSince(before, held);
     Faults::instance().release();
-    const Holdings leaked = leakedSince(before);
+    problems += leakedSince(before);
     Clock::instance().setScale(1);
     if (file.empty()) file = readBack(app);
 
-    if (leaked.threads != 0) problems += " leaks threads;";
-    if (leaked.descriptors != 0) problems += " leaks descriptors;";
     if (!app.holdsNothing() || app.java.callsAfterAnException != 0) problems += " keeps the app's memory;";
     if (result == -1 && !app.touched().empty()) problems += " touches" + app.touched() + ";";
     if (test.row.call != "usleep" && !isMade(test.row.call, test.occurrence)) problems += " never made;";
-    const std::string outcome = std::to_string(result) +
-                                (polls < kPollsInTenSeconds    ? ":"
-                                 : polls == kPollsInTenSeconds ? " after 10 s:"
-                                                               : " after more than 10 s:") +
-                                file;
+    const char* const when = slept < kTimeOutUs ? ":" : slept == kTimeOutUs ? " after 10 s:" : " after more than 10 s:";
+    const std::string outcome = std::to_string(result) + when + file;
     if (outcome != expected) problems += " gives \"" + outcome + "\", not \"" + expected + "\";";
     if (!line.empty() && !log.has(line)) problems += " logs no \"" + line + "\";";
     return problems.empty() ? "" : "! " + test.name() + problems + "\n";
 }
-
-// ---- all of a path, in a process of its own ------------------------------------------------------------------------
 
 using Calls = std::map<std::string, int>;
 
@@ -291,7 +270,7 @@ std::string tryPath(const Path& path, const std::vector<Row>& rows) {
         const bool here = std::string(path.photo.name).find(row.path) != std::string::npos;
         if (made == calls.end() || !here || !path.tries(row.call)) continue;
         report += "+ " + std::to_string(i) + "\n";
-        const bool once = isReadOnceAProcess(row.call);
+        const bool once = row.call.rfind("MediaCodecList", 0) == 0 || row.call.rfind("MediaCodecInfo", 0) == 0;
         for (const int occurrence : occurrencesOf(row, made->second)) {
             for (const std::string& failure : split(row.failures, ',')) {
                 const Case test{path, row, failureOf(failure), occurrence};

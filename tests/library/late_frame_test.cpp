@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
-#include <memory>
 #include <random>
 
 #include <utils/Errors.h>
@@ -22,72 +21,37 @@ using quill::host::Fault;
 using quill::host::Faults;
 
 constexpr double kImpatient = 0.02;  // the two seconds that the library waits for a codec that hangs
-constexpr char kRefused[] = "E/QuillHeifWriter: The encoder has had its one frame; the next one takes another writer";
-const PhotoCase kArray{"array", "", FORMAT_NV21, false, false};
-const PhotoCase kBitmap{"bitmap", "", FORMAT_RGBA8888, true, true};
+// Its last pair of the last row reaches a byte behind the array.
+const PhotoCase kOdd{"", "", FORMAT_NV21, false, false, 1041};
 
 /** An app whose writer has given up on a frame while the looper stands in `call`. */
 struct LateFrame : testing::Test {
     void SetUp() override { setProperties("debug.quill.host.encoder=free"); }
-    void TearDown() override {
-        Faults::instance().reset();
-        Clock::instance().setScale(1);
-    }
 
-    App& giveUp(const PhotoCase& photo, const char* call) {
+    void giveUp(App& app, const char* call) {
         Faults::instance().inject(call, Fault::stalling());
-        app = std::make_unique<App>(photo);
-        app->setUp();
-        EXPECT_EQ(-1, writeHurried(*app, log, [call] { return isMade(call); }));
-        EXPECT_TRUE(app->holdsNothing());
-        EXPECT_EQ(" as it was", app->fileText());
-        return *app;
-    }
-    void goOn() {
-        Clock::instance().setScale(1);
-        Faults::instance().release();
-        EXPECT_TRUE(log.waitFor(kLooperDone));
-    }
-    /** The app puts something else into all that is its own, and the looper comes back. */
-    void expectUntouchedOnceItGoesOn(const char* call) {
-        app->scribble(true);
-        goOn();
-        app->destroy();
-        EXPECT_EQ("", app->touched()) << call;
-        log.clear();
-        Faults::instance().reset();
+        app.setUp();
+        EXPECT_EQ(-1, writeHurried(app, log, [call] { return isMade(call); }));
+        EXPECT_TRUE(app.holdsNothing());
+        EXPECT_EQ(" as it was", app.fileText());
     }
 
     LogCapture log;
-    std::unique_ptr<App> app;
 };
 
-TEST_F(LateFrame, ArrayAndFileAreTheAppsAgain) {
-    for (const char* const call : {"MediaMuxer::create", "MediaCodec::getInputBuffer"}) {
-        App& late = giveUp(kArray, call);
-        struct stat output {
-        }, other{};
-        fstat(late.output.fd(), &output);
-        for (int fd = 3; fd < 64; ++fd) {
-            const bool isOutput = fstat(fd, &other) == 0 && other.st_ino == output.st_ino;
-            EXPECT_FALSE(isOutput && fcntl(fd, F_GETFD) == 0) << "a child would inherit the app's file";
-        }
-        expectUntouchedOnceItGoesOn(call);
-    }
-}
-
-TEST_F(LateFrame, BitmapAndFileAreTheAppsAgain) {
-    for (const char* const call : {"MediaMuxer::create", "ANativeWindow::dequeueBuffer", "GraphicBuffer::lock"}) {
-        giveUp(kBitmap, call);
-        expectUntouchedOnceItGoesOn(call);
-    }
-}
-
 TEST_F(LateFrame, SecondCreateReturnsWhileTheLooperIsHeld) {
-    App& late = giveUp(kArray, "MediaCodec::dequeueOutputBuffer");
-    late.create();
+    App app(kOdd);
+    giveUp(app, "MediaCodec::dequeueOutputBuffer");
+    struct stat output {
+    }, other{};
+    fstat(app.output.fd(), &output);
+    for (int fd = 3; fd < 64; ++fd) {
+        const bool isOutput = fstat(fd, &other) == 0 && other.st_ino == output.st_ino;
+        EXPECT_FALSE(isOutput && fcntl(fd, F_GETFD) == 0) << "a child would inherit the app's file";
+    }
+    app.create();
     EXPECT_TRUE(log.has("E/QuillHeifWriter: The writer is at work on a frame and is not started again"));
-    late.destroy();
+    app.destroy();
 }
 
 TEST_F(LateFrame, SecondFrameIsRefusedAtOnceAndHoldsNothing) {
@@ -95,7 +59,7 @@ TEST_F(LateFrame, SecondFrameIsRefusedAtOnceAndHoldsNothing) {
                                       std::pair("MediaCodec::dequeueOutputBuffer", Fault::stalling())}) {
         Faults::instance().reset();
         Faults::instance().inject(call, fault, 2);
-        App half(kArray);
+        App half(kOdd);
         const Holdings before = Holdings::now();
         half.setUp();
         EXPECT_EQ(-1, writeHurried(half, log, [c = call] { return isMade(c, 2); })) << "the first frame, half-way";
@@ -103,28 +67,30 @@ TEST_F(LateFrame, SecondFrameIsRefusedAtOnceAndHoldsNothing) {
         log.clear();
         EXPECT_EQ(-1, half.write());
         EXPECT_EQ(polls, Faults::instance().occurrences()["usleep"]) << "it waits for nothing";
-        EXPECT_TRUE(log.has(kRefused));
+        EXPECT_TRUE(log.has("E/QuillHeifWriter: The encoder has had its one frame; the next one takes another writer"));
         EXPECT_TRUE(half.holdsNothing());
         EXPECT_EQ(" as it was", half.fileText());
         Clock::instance().setScale(1);
         half.destroy();
         Faults::instance().release();
-        EXPECT_EQ(0, leakedSince(before).threads) << "its codec would end what the next one stalls in";
+        EXPECT_EQ("", leakedSince(before)) << "its codec would end what the next one stalls in";
     }
 }
 
 TEST_F(LateFrame, PacketOfALaterCallIsNotItsOwn) {
-    App& late = giveUp({"still, then live", "", FORMAT_NV12, false, false}, "MediaMuxer::start");
-    late.photo.live = true;
-    EXPECT_EQ(-1, late.write());
-    goOn();
-    late.destroy();
-    const std::vector<uint8_t> file = late.output.bytes();
-    EXPECT_EQ(" still", late.fileText()) << "the muxer was writing: it may complete the still";
+    App app({"", "", FORMAT_NV12, false, false});
+    giveUp(app, "MediaMuxer::start");
+    app.photo.live = true;
+    EXPECT_EQ(-1, app.write());
+    Faults::instance().release();
+    EXPECT_TRUE(log.waitFor(kLooperDone));
+    app.destroy();
+    const std::vector<uint8_t> file = app.output.bytes();
+    EXPECT_EQ(" still", app.fileText()) << "the muxer was writing: it may complete the still";
     EXPECT_EQ(std::string::npos, std::string(file.begin(), file.end()).find("xmpmeta"));
 }
 
-/** Calls that hold the looper: at the start, in the middle and at the end of a frame. */
+/** Calls that hold the looper: at the start, in the middle and at the end of a frame. In the last three it muxes. */
 constexpr const char* kHolding[] = {"MediaMuxer::create",
                                     "MediaCodec::getInputBuffer",
                                     "MediaCodec::queueInputBuffer",
@@ -147,7 +113,8 @@ TEST(LateFrames, TwoHundredRoundsTouchNothingAndLeaveNothing) {
     const auto chance = [&random](int outOf) { return random() % static_cast<uint32_t>(outOf) == 0; };
     for (int round = 0; round < 200; ++round) {
         Faults::instance().reset();
-        const char* const call = kHolding[random() % std::size(kHolding)];
+        const size_t holding = random() % std::size(kHolding);
+        const char* const call = kHolding[holding];
         const InputColorFormat format = kFormats[random() % std::size(kFormats)];
         const bool live = chance(2);
         const auto at = static_cast<int>(1 + random() % 3);
@@ -161,8 +128,7 @@ TEST(LateFrames, TwoHundredRoundsTouchNothingAndLeaveNothing) {
         app.setUp();
         LogCapture log;
         const bool failed = writeHurried(app, log, [&] { return isMade(call, at); }) == -1;
-        const bool muxing = std::string(call).rfind("MediaMuxer::", 0) == 0 && app.fileText() == " as it was" &&
-                            call != kHolding[0] && call != std::string("MediaMuxer::addTrack");
+        const bool muxing = holding + 3 >= std::size(kHolding) && app.fileText() == " as it was";
         Clock::instance().setScale(kImpatient);
         if (failed) app.scribble(!muxing);
         if (chance(3)) app.write();
@@ -171,9 +137,7 @@ TEST(LateFrames, TwoHundredRoundsTouchNothingAndLeaveNothing) {
         app.destroy();
         if (failed) app.scribble(!muxing);
         Faults::instance().release();
-        const Holdings leaked = leakedSince(before);
-        EXPECT_EQ(0, leaked.threads);
-        EXPECT_EQ(0, leaked.descriptors);
+        EXPECT_EQ("", leakedSince(before));
         EXPECT_TRUE(app.holdsNothing());
         EXPECT_EQ("", failed ? app.touched() : "");
         Clock::instance().setScale(1);

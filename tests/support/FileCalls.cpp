@@ -22,6 +22,7 @@ using quill::host::Fault;
 using quill::host::Faults;
 
 std::atomic<bool> watching{false};
+std::atomic<int64_t> slept{0};
 std::function<void()> polled;
 
 template <typename Function>
@@ -77,7 +78,10 @@ extern "C" int fcntl(int fd, int command, ...) {
 }
 
 extern "C" int usleep(useconds_t microseconds) {
-    if (watching) polled();
+    if (watching) {
+        slept += microseconds;
+        polled();
+    }
     if (Faults::instance().statusAt("usleep")) return -1;
     // Not by way of the next one: a sanitizer's would take no notice of locks on the way to the stand-in's.
     quill::host::Clock::instance().sleepUs(microseconds);
@@ -88,9 +92,12 @@ namespace quill::test {
 
 FileCalls::FileCalls(std::function<void()> onPoll) {
     polled = std::move(onPoll);
+    slept = 0;
     watching = true;
 }
 
 FileCalls::~FileCalls() { watching = false; }
+
+int64_t FileCalls::sleptUs() { return slept; }
 
 }  // namespace quill::test

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 
 namespace quill::test {
@@ -15,6 +16,9 @@ class FileCalls {
     ~FileCalls();
     FileCalls(const FileCalls&) = delete;
     FileCalls& operator=(const FileCalls&) = delete;
+
+    /** How long the program has asked to sleep since the last one was made. */
+    static int64_t sleptUs();
 };
 
 }  // namespace quill::test

@@ -1,9 +1,6 @@
 #include "support/Photograph.h"
 
-#include <dirent.h>
-
-#include <algorithm>
-#include <memory>
+#include <filesystem>
 #include <thread>
 
 #include "Clock.h"
@@ -16,10 +13,8 @@ namespace quill::test {
 namespace {
 
 int entriesOf(const char* folder) {
-    int count = 0;
-    const std::unique_ptr<DIR, int (*)(DIR*)> entries(opendir(folder), closedir);
-    while (readdir(entries.get()) != nullptr) ++count;
-    return count;
+    using Entries = std::filesystem::directory_iterator;
+    return static_cast<int>(std::distance(Entries(folder), Entries()));
 }
 
 }  // namespace
@@ -41,24 +36,21 @@ long writeHurried(App& app, const LogCapture& log, const std::function<bool()>& 
     return app.write();
 }
 
-/** A sanitizer starts a thread of its own beside the first in a process, and keeps it. */
 Holdings Holdings::now() {
-    static const bool started = [] {
-        std::thread([] {}).join();
-        return true;
-    }();
-    return started ? Holdings{entriesOf("/proc/self/task"), entriesOf("/proc/self/fd")} : Holdings{};
+    // A sanitizer starts a thread of its own beside the first in a process, and keeps it.
+    static const bool started = [] { return std::thread([] {}).join(), true; }();
+    return {started ? entriesOf("/proc/self/task") : 0, entriesOf("/proc/self/fd")};
 }
 
-Holdings leakedSince(const Holdings& before, const Holdings& held) {
-    Holdings leaked{};
-    comesTrue([&] {
+std::string leakedSince(const Holdings& before, const Holdings& held) {
+    int threads = 0, descriptors = 0;
+    const bool none = comesTrue([&] {
         const Holdings now = Holdings::now();
-        leaked = {std::max(now.threads - before.threads - held.threads, 0),
-                  std::max(now.descriptors - before.descriptors - held.descriptors, 0)};
-        return leaked.threads == 0 && leaked.descriptors == 0;
+        threads = now.threads - before.threads - held.threads;
+        descriptors = now.descriptors - before.descriptors - held.descriptors;
+        return threads <= 0 && descriptors <= 0;
     });
-    return leaked;
+    return none ? "" : " leaks threads: " + std::to_string(threads) + ", descriptors: " + std::to_string(descriptors);
 }
 
 }  // namespace quill::test

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <string>
 
 #include "support/App.h"
 #include "support/LogCapture.h"
@@ -18,16 +19,15 @@ struct Holdings {
     int threads;
     int descriptors;
 };
-/** How many more than `before` and `held` there are, once those that are ending have ended. */
-Holdings leakedSince(const Holdings& before, const Holdings& held = {0, 0});
+/** What there is more than `before` and `held` once what is ending has ended, empty for nothing. */
+std::string leakedSince(const Holdings& before, const Holdings& held = {0, 0});
 
 /** Whether a call was made this often since the faults were reset. */
 bool isMade(const std::string& call, int occurrence = 1);
 
 /** For `FileCalls`: once `condition` holds at a poll, polls and waits take no time any more. */
 std::function<void()> hurryOnce(std::function<bool()> condition);
-/** The app's call. Once the looper is done, or `blocked` says that it is held, polls and waits take no time any more.
- */
+/** The app's call, hurried once the looper is done or `blocked` says that it is held. */
 long writeHurried(App& app, const LogCapture& log, const std::function<bool()>& blocked);
 
 }  // namespace quill::test
