@@ -10,7 +10,6 @@ namespace {
 using namespace android;
 
 constexpr uint8_t kPadding = 0xC7;
-constexpr double kSameDecibels = 100.0;
 
 /** Sample values from 0 to 1, centre 0.5 for chroma; inside the range that has an RGB colour. */
 double lumaAt(double x, double y) {
@@ -28,12 +27,11 @@ uint16_t quantised(double value, int depth) {
 Planes showScene(int width, int height, int depth, int pan) {
     Planes shown{width, height, depth, {}, {}, {}};
     for (int y = 0; y < height; ++y) {
-        for (int x = 0; x < width; ++x) shown.y.push_back(quantised(lumaAt(x + pan, y), depth));
-    }
-    for (int y = 0; y < shown.chromaHeight(); ++y) {
-        for (int x = 0; x < shown.chromaWidth(); ++x) {
-            shown.u.push_back(quantised(uAt(2 * x + pan + 0.5, 2 * y + 0.5), depth));
-            shown.v.push_back(quantised(vAt(2 * x + pan + 0.5, 2 * y + 0.5), depth));
+        for (int x = 0; x < width; ++x) {
+            shown.y.push_back(quantised(lumaAt(x + pan, y), depth));
+            if (x % 2 != 0 || y % 2 != 0) continue;
+            shown.u.push_back(quantised(uAt(x + pan + 0.5, y + 0.5), depth));
+            shown.v.push_back(quantised(vAt(x + pan + 0.5, y + 0.5), depth));
         }
     }
     return shown;
@@ -59,59 +57,25 @@ void put(CameraFrame& frame, size_t sample, uint16_t value) {
     frame.bytes.at(2 * sample + 1) = static_cast<uint8_t>(inHighBits >> 8);
 }
 
-/** Sample offset of a chroma sample: plane 0 is U, 1 is V. */
-size_t chromaOffset(const CameraFrame& frame, int plane, size_t x, size_t y) {
-    const size_t stride = static_cast<size_t>(frame.geometry.stride);
-    const size_t luma = stride * static_cast<size_t>(frame.geometry.sliceHeight);
-    if (frame.format == FORMAT_I420) return luma + static_cast<size_t>(plane) * (luma / 4) + stride * y / 2 + x;
-    const bool second = (plane == 1) != (frame.format == FORMAT_NV21);
-    return luma + stride * y + 2 * x + (second ? 1 : 0);
-}
-
 // Only the chroma that the layouts have room for: floor(height / 2) rows, and in a tight frame of odd width the last
 // column's samples that still lie in the row.
 void layOutYuv(CameraFrame& frame) {
     const Planes& shown = frame.shown;
+    const size_t stride = static_cast<size_t>(frame.geometry.stride);
+    const size_t luma = stride * static_cast<size_t>(frame.geometry.sliceHeight);
     for (int y = 0; y < shown.height; ++y) {
-        for (int x = 0; x < shown.width; ++x) {
-            put(frame, static_cast<size_t>(y) * frame.geometry.stride + x,
-                shown.y[static_cast<size_t>(y) * shown.width + x]);
-        }
+        for (int x = 0; x < shown.width; ++x) put(frame, stride * y + x, shown.y.at(size_t{1} * shown.width * y + x));
     }
-    const int columns = std::min(shown.chromaWidth(), frame.geometry.stride / 2);
+    const int width = (shown.width + 1) / 2;
     for (int y = 0; y < shown.height / 2; ++y) {
-        for (int x = 0; x < columns; ++x) {
-            const size_t at = static_cast<size_t>(y) * shown.chromaWidth() + x;
-            put(frame, chromaOffset(frame, 0, x, y), shown.u[at]);
-            put(frame, chromaOffset(frame, 1, x, y), shown.v[at]);
+        for (int x = 0; x < std::min(width, frame.geometry.stride / 2); ++x) {
+            const bool planar = frame.format == FORMAT_I420, vFirst = frame.format == FORMAT_NV21;
+            const size_t first = luma + (planar ? stride * y / 2 + x : stride * y + 2 * x);
+            const size_t second = first + (planar ? luma / 4 : 1);
+            put(frame, vFirst ? second : first, shown.u.at(static_cast<size_t>(y) * width + x));
+            put(frame, vFirst ? first : second, shown.v.at(static_cast<size_t>(y) * width + x));
         }
     }
-}
-
-void layOutRgba(CameraFrame& frame, int pan) {
-    for (int y = 0; y < frame.geometry.height; ++y) {
-        for (int x = 0; x < frame.geometry.width; ++x) {
-            putRgba(&frame.bytes.at(4 * (static_cast<size_t>(y) * frame.geometry.stride + x)), x + pan, y);
-        }
-    }
-}
-
-/** Samples of one plane, row after row. */
-struct Plane {
-    const std::vector<uint16_t>& samples;
-    int pitch;
-
-    double at(int x, int y) const { return samples.at(static_cast<size_t>(y) * pitch + x); }
-};
-
-double planePsnr(const Plane& a, const Plane& b, int width, int height, int depth) {
-    double sum = 0;
-    for (int y = 0; y < height; ++y) {
-        for (int x = 0; x < width; ++x) sum += (a.at(x, y) - b.at(x, y)) * (a.at(x, y) - b.at(x, y));
-    }
-    if (sum == 0) return kSameDecibels;
-    const double largest = (1 << depth) - 1;
-    return 10 * std::log10(largest * largest * width * height / sum);
 }
 
 }  // namespace
@@ -123,18 +87,33 @@ size_t frameBytes(InputColorFormat format, const Geometry& geometry) {
 CameraFrame makeFrame(InputColorFormat format, const Geometry& geometry, int pan) {
     CameraFrame frame{geometry, format, std::vector<uint8_t>(frameBytes(format, geometry), kPadding),
                       showScene(geometry.width, geometry.height, format == FORMAT_P010 ? 10 : 8, pan)};
-    format == FORMAT_RGBA8888 ? layOutRgba(frame, pan) : layOutYuv(frame);
+    if (format != FORMAT_RGBA8888) layOutYuv(frame);
+    for (int y = 0; format == FORMAT_RGBA8888 && y < geometry.height; ++y) {
+        for (int x = 0; x < geometry.width; ++x) {
+            putRgba(&frame.bytes.at(4 * (static_cast<size_t>(y) * geometry.stride + x)), x + pan, y);
+        }
+    }
     return frame;
 }
 
-Psnr psnr(const Planes& frame, const Planes& still) {
-    const int width = frame.width / 2 * 2, height = frame.height / 2 * 2;
-    if (still.width < frame.width || still.height < frame.height || still.depth != frame.depth) return {0, 0};
-    const auto chroma = [&](const auto& one, const auto& other) {
-        return planePsnr({one, frame.chromaWidth()}, {other, still.chromaWidth()}, width / 2, height / 2, frame.depth);
-    };
-    return {planePsnr({frame.y, frame.width}, {still.y, still.width}, width, height, frame.depth),
-            std::min(chroma(frame.u, still.u), chroma(frame.v, still.v))};
+double psnr(const Planes& frame, const Planes& still) {
+    if (still.width < frame.width || still.height < frame.height || still.depth != frame.depth) return 0;
+    const double largest = (1 << frame.depth) - 1;
+    double worst = 100;
+    for (const auto plane : {&Planes::y, &Planes::u, &Planes::v}) {
+        const int step = plane == &Planes::y ? 1 : 2, width = frame.width / 2 * 2 / step;
+        const int height = frame.height / 2 * 2 / step;
+        const size_t pitch = (frame.width + step - 1) / step, stillPitch = (still.width + step - 1) / step;
+        double sum = 0;
+        for (int y = 0; y < height; ++y) {
+            for (int x = 0; x < width; ++x) {
+                const double difference = (frame.*plane).at(pitch * y + x) - (still.*plane).at(stillPitch * y + x);
+                sum += difference * difference;
+            }
+        }
+        if (sum > 0) worst = std::min(worst, 10 * std::log10(largest * largest * width * height / sum));
+    }
+    return worst;
 }
 
 }  // namespace quill::test

@@ -16,9 +16,6 @@ struct Planes {
     int height = 0;
     int depth = 8;
     std::vector<uint16_t> y, u, v;
-
-    int chromaWidth() const { return (width + 1) / 2; }
-    int chromaHeight() const { return (height + 1) / 2; }
 };
 
 /** A frame as a camera hands it over, and what it shows. The padding round the picture is far from the picture. */
@@ -43,14 +40,11 @@ size_t frameBytes(android::InputColorFormat format, const Geometry& geometry);
  */
 CameraFrame makeFrame(android::InputColorFormat format, const Geometry& geometry, int pan = 0);
 
-struct Psnr {
-    double luma;
-    double chroma;  ///< the worse of both planes
-};
 /**
- * Decibels between what a frame showed and its still of the same depth and size. An odd last column or row is left out:
- * the layouts do not carry all of its chroma, and a picture coded whole is rounded up to even sizes.
+ * Decibels between what a frame showed and its still of the same depth and size, of the worst plane. An odd last column
+ * or row is left out: the layouts do not carry all of its chroma, and a picture coded whole is rounded up to even
+ * sizes.
  */
-Psnr psnr(const Planes& frame, const Planes& still);
+double psnr(const Planes& frame, const Planes& still);
 
 }  // namespace quill::test
