@@ -1,58 +1,212 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <random>
 #include <thread>
 
 #include <gui/Surface.h>
 #include <media/MediaCodecBuffer.h>
 #include <media/stagefright/MediaCodec.h>
+#include <media/stagefright/MediaCodecList.h>
 #include <media/stagefright/MediaErrors.h>
 #include <media/stagefright/foundation/ABuffer.h>
 #include <media/stagefright/foundation/AString.h>
 #include <mediadrm/ICrypto.h>
 
-namespace android {
+#include "CodecsXml.h"
+#include "HevcEngine.h"
+#include "RateControl.h"
+#include "support/ChildProcess.h"
+#include "support/TemporaryFiles.h"
+
 namespace {
 
-constexpr int32_t kNv12 = 21;
+using namespace android;
+using namespace quill::host;
+
+constexpr char kHevc[] = "video/hevc";
+
+// ---- the list of codecs --------------------------------------------------------------------------------------------
+
+TEST(CodecList, DevicesHaveTheEncodersOfTheirFiles) {
+    for (const auto& [device, encoder] : {std::pair("workstation", "c2.quill.hevc.encoder 11 VBR,CBR,CQ"),
+                                          {"no-cq", "c2.quill.hevc.encoder 11 VBR,CBR"},
+                                          {"software-only", "c2.android.hevc.encoder 5 VBR,CBR,CQ"},
+                                          {"vendor-mtk", "c2.mtk.hevc.encoder 11 VBR,CBR,CQ"},
+                                          {"no-codec-list", "no list"}}) {
+        EXPECT_EQ(encoder, quill::test::inChild([&, device = device]() -> std::string {
+                      setenv("QUILL_DEVICE", device, 1);
+                      const sp<IMediaCodecList> list = MediaCodecList::getInstance();
+                      status_t err = OK;
+                      if (list == nullptr && MediaCodec::CreateByType(new ALooper, kHevc, true, &err) == nullptr) {
+                          return err == NAME_NOT_FOUND ? "no list" : "another error";
+                      }
+                      const sp<MediaCodecInfo> info = list->getCodecInfo(0);
+                      AString modes;
+                      info->getCapabilitiesFor(kHevc)->getDetails()->findString("feature-bitrate-modes", &modes);
+                      return info->getCodecName() + (" " + std::to_string(info->getAttributes())) + " " + modes.c_str();
+                  }));
+    }
+}
+
+TEST(CodecList, CodecsAreFoundByTypeInAnyCaseAndByKind) {
+    const sp<IMediaCodecList> list = MediaCodecList::getInstance();
+    EXPECT_EQ(list->findCodecByType("VIDEO/hevc", true), 0);
+    EXPECT_EQ(list->findCodecByType(kHevc, true, 1), NAME_NOT_FOUND);
+    EXPECT_EQ(list->findCodecByType(kHevc, false), NAME_NOT_FOUND);
+    EXPECT_EQ(list->getCodecInfo(0)->getCapabilitiesFor("image/vnd.android.heic"), nullptr);
+    EXPECT_EQ(list->getCodecInfo(1), nullptr);
+}
+
+std::optional<DeviceCodecs> read(const std::string& text) {
+    const quill::test::TemporaryFolder folder;
+    folder.write("codecs.xml", text);
+    return readCodecsXml(folder.path() + "/codecs.xml");
+}
+
+TEST(CodecsXml, EveryFormOfLimitTypeAndFeatureIsRead) {
+    const auto device = read(R"(<MediaCodecs>
+      <Settings><Setting name="ignored" value="12"/></Settings>
+      <Decoders><MediaCodec name="d" type="video/avc"/></Decoders>
+      <Encoders><MediaCodec name="e"><Type name="video/hevc">
+        <Limit name="alignment" value="2x2"/><Limit name="bitrate" range="1-9"/>
+        <Limit name="size" min="2x2" max="4x4"/>
+        <Feature name="intra-refresh"/><Feature name="tiled" required="true"/>
+      </Type><Type name="video/avc"/></MediaCodec></Encoders></MediaCodecs>)");
+    ASSERT_TRUE(device && device->codecs.size() == 2);
+    EXPECT_EQ(device->codecs[0].attributes, 0);
+    EXPECT_EQ(findCodecEntry(*device, "video/avc", true, 0), 1);
+    std::string details;
+    for (const auto& entry : device->codecs[1].types[0].details) details += entry.name + "=" + entry.value + " ";
+    EXPECT_EQ(details, "alignment=2x2 bitrate-range=1-9 size-range=2x2-4x4 feature-intra-refresh=0 feature-tiled=1 ");
+}
+
+TEST(CodecsXml, MalformedFileGivesNoCodecs) {
+    for (const char* text : {"", "<MediaCodecs><Encoders>", "<Codecs/>",
+                             "<MediaCodecs><Encoders><MediaCodec name='a' type='b'/><MediaCodec/></Encoders>"
+                             "</MediaCodecs>"}) {
+        const auto device = read(text);
+        EXPECT_TRUE(device && device->codecs.empty()) << text;
+    }
+    EXPECT_FALSE(readCodecsXml("/nonexistent/media_codecs.xml"));
+}
+
+// ---- the encoder behind the codec ----------------------------------------------------------------------------------
+
+/** Slopes, edges and noise, as in a photograph. */
+PlanarPicture photograph(int width, int height) {
+    PlanarPicture picture;
+    picture.reshape(codedSize(width), codedSize(height), 8);
+    std::mt19937 random(1);
+    for (int plane = 0; plane < 3; ++plane) {
+        for (size_t i = 0; i < picture.planes[plane].size(); ++i) {
+            const int x = static_cast<int>(i) % picture.planeWidth(plane);
+            const int y = static_cast<int>(i) / picture.planeWidth(plane);
+            const double wave = 60 * std::sin(x * 0.05 + plane) + 40 * std::cos(y * 0.11) + (x / 23 % 2) * 20;
+            const int value = static_cast<int>(120 + wave) + static_cast<int>(random() % 7);
+            picture.planes[plane][i] = static_cast<uint8_t>(value);
+        }
+    }
+    return picture;
+}
+
+std::unique_ptr<HevcEngine> engineFor(int width, int height, double qp = 20, const char* preset = "ultrafast") {
+    EngineSettings settings;
+    settings.width = width;
+    settings.height = height;
+    settings.qp = qp;
+    settings.preset = preset;
+    return HevcEngine::open(settings);
+}
+
+std::vector<uint8_t> codeWith(const std::unique_ptr<HevcEngine>& engine, const PlanarPicture& picture) {
+    std::vector<uint8_t> coded;
+    EXPECT_TRUE(engine->encode(picture, std::nullopt, &coded));
+    return coded;
+}
+
+TEST(HevcEngine, PicturesDoNotDependOnWhatWasCodedBefore) {
+    const auto fresh = engineFor(256, 256), used = engineFor(256, 256);
+    const PlanarPicture picture = photograph(256, 256);
+    PlanarPicture black;
+    black.reshape(256, 256, 8);
+    for (int i = 0; i < 5; ++i) codeWith(used, i % 2 == 0 ? black : picture);
+    EXPECT_EQ(fresh->parameterSets(), used->parameterSets());
+    std::vector<uint8_t> first = codeWith(fresh, picture), later = codeWith(used, picture);
+    for (auto* coded : {&first, &later}) coded->erase(coded->begin(), coded->begin() + 16);  // a flag there differs
+    EXPECT_EQ(first, later);
+}
+
+TEST(HevcEngine, EverySizeIsCodedWithEveryPreset) {
+    constexpr int kSizes[][2] = {{1, 1}, {15, 40}, {16, 16}, {18, 30}, {63, 65}, {64, 64}, {321, 241}, {512, 512}};
+    for (const char* preset : {"ultrafast", "slow"}) {
+        for (const auto& [width, height] : kSizes) {
+            const auto engine = engineFor(width, height, 20, preset);
+            ASSERT_NE(engine, nullptr) << width << "x" << height << " " << preset;
+            codeWith(engine, photograph(width, height));
+        }
+    }
+}
+
+TEST(HevcEngine, SizeGrowsWithEveryStepOfQuality) {
+    const PlanarPicture picture = photograph(512, 512);
+    std::vector<size_t> sizes = {0, 0};
+    for (int quality = 0; quality <= 100; ++quality) {
+        sizes.push_back(codeWith(engineFor(512, 512, qpForQuality(quality)), picture).size());
+        // With so small a picture one step may shrink the stream by a few bytes; two steps never do.
+        EXPECT_NE(sizes[quality + 2], sizes[quality + 1]) << quality;
+        EXPECT_GT(sizes[quality + 2], sizes[quality]) << quality;
+    }
+}
+
+TEST(RateControl, SearchEndsNearTheTargetWhateverTheContent) {
+    for (const double typicalQp : {8, 20, 40}) {
+        QpSearch search(100000, 512 * 512);
+        double best = 0;
+        int trials = 0;
+        while (const auto qp = search.next()) {
+            const double bits = 100000 * std::exp2((typicalQp - *qp) / 7.5);
+            if (search.report(static_cast<int64_t>(bits))) best = bits;
+            ASSERT_LE(++trials, 5);
+        }
+        EXPECT_NEAR(best, 100000, 15000) << typicalQp;
+    }
+}
+
+TEST(ColorAspects, FollowTheKeysOfACamera) { EXPECT_EQ(colorAspectsFromKeys(2, 2, 1), (ColorAspects{5, 13, 5, true})); }
+
+// ---- the codec -----------------------------------------------------------------------------------------------------
+
 constexpr size_t kTileBytes = 393216;
 constexpr int64_t kLong = 60'000'000;
 
-sp<AMessage> tileFormat(int32_t colorFormat, int32_t rows = 2, int32_t cols = 2) {
+using Keys = std::vector<std::pair<const char*, int32_t>>;
+
+/** Of four tiles in NV12, with `others` in place of the usual ones. */
+sp<AMessage> tileFormat(const Keys& others = {}) {
     const sp<AMessage> format = new AMessage;
-    format->setString("mime", "video/hevc");
+    format->setString("mime", kHevc);
     for (const char* key : {"width", "height", "tile-width", "tile-height"}) format->setInt32(key, 512);
-    format->setInt32("grid-rows", rows);
-    format->setInt32("grid-cols", cols);
-    format->setInt32("color-format", colorFormat);
-    format->setInt32("color-standard", 2);
-    format->setInt32("color-transfer", 2);
-    format->setInt32("color-range", 1);
-    format->setInt32("bitrate-mode", 0);
-    format->setInt32("quality", 50);
+    for (const auto& [key, value] : Keys{{"grid-rows", 2}, {"grid-cols", 2}, {"color-format", 21}}) {
+        format->setInt32(key, value);
+    }
+    for (const auto& [key, value] : others) format->setInt32(key, value);
     return format;
 }
 
-struct Output {
-    status_t status;
-    size_t index = 0;
-    size_t size = 0;
-    int64_t timeUs = 0;
-    uint32_t flags = 0;
-};
-
 class Codec {
   public:
-    Codec() : mCodec(MediaCodec::CreateByType(new ALooper, "video/hevc", true)) {}
-
     MediaCodec* operator->() const { return mCodec.get(); }
-    status_t configure(const sp<AMessage>& format) const { return mCodec->configure(format, nullptr, nullptr, 1); }
-    void begin(const sp<AMessage>& format) const {
+    status_t configure(const sp<AMessage>& format = tileFormat()) const {
+        return mCodec->configure(format, nullptr, nullptr, 1);
+    }
+    void begin(const sp<AMessage>& format = tileFormat()) const {
         ASSERT_EQ(configure(format), OK);
         ASSERT_EQ(mCodec->start(), OK);
     }
 
     /** A picture with slopes and noise that depend on `number`. */
-    void queuePicture(int number, uint32_t flags = 0) const {
+    void queuePicture(int number) const {
         size_t index = 0;
         ASSERT_EQ(mCodec->dequeueInputBuffer(&index, kLong), OK);
         sp<MediaCodecBuffer> buffer;
@@ -60,38 +214,42 @@ class Codec {
         for (size_t i = 0; i < buffer->capacity(); ++i) {
             buffer->data()[i] = static_cast<uint8_t>(i / (3 + number % 4) % 200 + i * i / 512 % 8);
         }
-        ASSERT_EQ(mCodec->queueInputBuffer(index, 0, buffer->capacity(), number, flags), OK);
+        ASSERT_EQ(mCodec->queueInputBuffer(index, 0, buffer->capacity(), number, 0), OK);
     }
 
+    struct Output {
+        status_t status;
+        size_t size = 0;
+        int64_t timeUs = 0;
+        uint32_t flags = 0;
+    };
+    /** What comes out next. It is released at once. */
     Output dequeue(int64_t timeoutUs = kLong) const {
         Output output{};
-        size_t offset = 0;
-        output.status = mCodec->dequeueOutputBuffer(&output.index, &offset, &output.size, &output.timeUs, &output.flags,
-                                                    timeoutUs);
+        size_t index = 0, offset = 0;
+        output.status =
+                mCodec->dequeueOutputBuffer(&index, &offset, &output.size, &output.timeUs, &output.flags, timeoutUs);
+        if (output.status == OK) mCodec->releaseOutputBuffer(index);
         return output;
     }
-    /** The next picture after the format change and the parameter sets. It is released at once. */
+    /** The next picture after the format change and the parameter sets. */
     Output dequeuePicture() const {
         Output output = dequeue();
-        while (output.status == INFO_FORMAT_CHANGED || (output.status == OK && output.flags == 2)) {
-            if (output.status == OK) mCodec->releaseOutputBuffer(output.index);
-            output = dequeue();
-        }
-        if (output.status == OK) mCodec->releaseOutputBuffer(output.index);
+        while (output.status == INFO_FORMAT_CHANGED || output.flags == 2) output = dequeue();
         return output;
     }
 
   private:
-    const sp<MediaCodec> mCodec;
+    const sp<MediaCodec> mCodec = MediaCodec::CreateByType(new ALooper, kHevc, true);
 };
 
 TEST(Codec, CallsInTheWrongStateAreRefused) {
-    Codec codec;
+    const Codec codec;
     size_t index = 0;
     EXPECT_EQ(codec->start(), INVALID_OPERATION);
     EXPECT_EQ(codec->dequeueInputBuffer(&index), INVALID_OPERATION);
-    ASSERT_EQ(codec.configure(tileFormat(kNv12)), OK);
-    EXPECT_EQ(codec.configure(tileFormat(kNv12)), INVALID_OPERATION);
+    ASSERT_EQ(codec.configure(), OK);
+    EXPECT_EQ(codec.configure(), INVALID_OPERATION);
     EXPECT_EQ(codec.dequeue().status, INVALID_OPERATION);
     ASSERT_EQ(codec->start(), OK);
     EXPECT_EQ(codec->start(), INVALID_OPERATION);
@@ -99,63 +257,33 @@ TEST(Codec, CallsInTheWrongStateAreRefused) {
     EXPECT_EQ(codec->createInputSurface(&producer), INVALID_OPERATION);
     EXPECT_EQ(codec->stop(), OK);
     EXPECT_EQ(codec->start(), INVALID_OPERATION);
-    EXPECT_EQ(codec->release(), OK);
-    EXPECT_EQ(codec->release(), OK);
-    EXPECT_EQ(codec.configure(tileFormat(kNv12)), INVALID_OPERATION);
+    for (int i = 0; i < 2; ++i) EXPECT_EQ(codec->release(), OK);
+    EXPECT_EQ(codec.configure(), INVALID_OPERATION);
 }
 
 TEST(Codec, UnsupportedFormatsAreBadValues) {
-    const std::pair<const char*, int32_t> kBad[] = {
-            {"color-format", 20}, {"color-format", 0}, {"width", 0},     {"height", -1},
-            {"width", 1 << 20},   {"grid-rows", 0},    {"quality", 101},
-    };
-    for (const auto& [key, value] : kBad) {
-        const sp<AMessage> format = tileFormat(kNv12);
-        format->setInt32(key, value);
-        EXPECT_EQ(Codec().configure(format), BAD_VALUE) << key << " " << value;
+    for (const auto& [key, value] : Keys{{"color-format", 20},
+                                         {"color-format", 0},
+                                         {"width", 0},
+                                         {"height", -1},
+                                         {"width", 1 << 20},
+                                         {"grid-rows", 0},
+                                         {"quality", 101}}) {
+        EXPECT_EQ(Codec().configure(tileFormat({{key, value}})), BAD_VALUE) << key << " " << value;
     }
-    const sp<AMessage> format = tileFormat(kNv12);
+    const sp<AMessage> format = tileFormat();
     format->setString("mime", "video/avc");
     EXPECT_EQ(Codec().configure(format), BAD_VALUE);
 }
 
-TEST(Codec, OutputIsFormatThenParameterSetsThenPicturesInOrder) {
-    Codec codec;
-    codec.begin(tileFormat(kNv12, 3, 4));
-    codec.queuePicture(0);
-    ASSERT_EQ(codec.dequeue().status, INFO_FORMAT_CHANGED);
-    sp<AMessage> format;
-    sp<ABuffer> csd;
-    ASSERT_EQ(codec->getOutputFormat(&format), OK);
-    ASSERT_TRUE(format->findBuffer("csd-0", &csd));
-    const Output config = codec.dequeue();
-    ASSERT_EQ(config.status, OK);
-    EXPECT_EQ(config.flags, 2u);
-    sp<MediaCodecBuffer> buffer;
-    ASSERT_EQ(codec->getOutputBuffer(config.index, &buffer), OK);
-    EXPECT_EQ(std::string(buffer->data(), buffer->data() + buffer->size()),
-              std::string(csd->data(), csd->data() + csd->size()));
-    EXPECT_EQ(codec->releaseOutputBuffer(config.index), OK);
-    EXPECT_EQ(codec->releaseOutputBuffer(config.index), -EACCES);
-
-    for (int i = 0; i < 12; ++i) {
-        if (i < 11) codec.queuePicture(i + 1);
-        const Output picture = codec.dequeuePicture();
-        EXPECT_EQ(picture.flags, 1u);
-        EXPECT_EQ(picture.timeUs, i);
-        EXPECT_GT(picture.size, 100u);
-    }
-    EXPECT_EQ(codec.dequeue(0).status, WOULD_BLOCK);
-}
-
 TEST(Codec, BuffersAreCountedAndOwned) {
-    Codec codec;
-    codec.begin(tileFormat(kNv12));
-    size_t index = 0;
-    size_t count = 0;
+    const Codec codec;
+    codec.begin();
+    size_t index = 0, count = 0;
     while (codec->dequeueInputBuffer(&index, 0) == OK) ASSERT_LT(++count, 9u);
     EXPECT_GE(count, 4u);
     EXPECT_EQ(codec->dequeueInputBuffer(&index, 0), WOULD_BLOCK);
+    EXPECT_EQ(codec.dequeue(0).status, WOULD_BLOCK);
 
     sp<MediaCodecBuffer> buffer;
     ASSERT_EQ(codec->getInputBuffer(0, &buffer), OK);
@@ -171,8 +299,8 @@ TEST(Codec, BuffersAreCountedAndOwned) {
 }
 
 TEST(Codec, StopWakesWaitersAndDropsWork) {
-    Codec codec;
-    codec.begin(tileFormat(kNv12));
+    const Codec codec;
+    codec.begin();
     status_t seen = OK;
     std::thread waiter([&] { seen = codec.dequeue(-1).status; });
     for (int i = 0; i < 4; ++i) codec.queuePicture(i);
@@ -185,26 +313,21 @@ TEST(Codec, StopWakesWaitersAndDropsWork) {
     EXPECT_EQ(codec->stop(), OK);
     second.join();
     EXPECT_EQ(seen, INVALID_OPERATION);
-    ASSERT_EQ(codec.configure(tileFormat(kNv12)), OK);  // it can start again
-    ASSERT_EQ(codec->start(), OK);
+    codec.begin();  // it can start again
     codec.queuePicture(7);
     EXPECT_EQ(codec.dequeuePicture().timeUs, 7);
     codec.queuePicture(8);  // destroyed while it codes
 }
 
 TEST(Codec, ConstantBitrateIsSharedByTheTiles) {
-    for (int32_t bitrate : {400'000, 1'600'000}) {
-        Codec codec;
-        const sp<AMessage> format = tileFormat(kNv12);
-        format->setInt32("bitrate-mode", 2);
-        format->setInt32("bitrate", bitrate);
-        codec.begin(format);
-        size_t bytes = 0;
+    for (const int32_t bitrate : {400'000, 1'600'000}) {
+        const Codec codec;
+        codec.begin(tileFormat({{"bitrate-mode", 2}, {"bitrate", bitrate}}));
         for (int i = 0; i < 4; ++i) codec.queuePicture(i);
+        size_t bytes = 0;
         for (int i = 0; i < 4; ++i) bytes += codec.dequeuePicture().size;
         EXPECT_NEAR(static_cast<double>(bytes) * 8, bitrate, bitrate * 0.15);
     }
 }
 
 }  // namespace
-}  // namespace android
