@@ -3,7 +3,10 @@
 #include <pthread.h>
 #include <stdint.h>
 #include <stdio.h>
-#include <string.h>
+
+#include <map>
+#include <memory>
+#include <string>
 
 #include "ExifBlock.h"
 #include "Nv12Conversion.h"
@@ -14,17 +17,17 @@ namespace {
 // Volatile throughout: the compiler is to know neither sizes nor values, or it warns of the fault or leaves it out.
 volatile size_t gBytes = 8;
 
-/** The block is shorter than it says. */
-void overflow() {
-    const uint8_t* const block = new uint8_t[gBytes]();
-    printf("%u\n", android::analyseExifBlock({block, gBytes * 8}, 0).initPosition);
-    delete[] block;
+void analyse(const uint8_t* block, size_t bytes) {
+    printf("%u\n", android::analyseExifBlock({block, bytes}, 0).initPosition);
 }
+
+/** The block is shorter than it says. */
+void overflow() { analyse(std::make_unique<uint8_t[]>(gBytes).get(), gBytes * 8); }
 
 void useAfterFree() {
     const uint8_t* const block = new uint8_t[gBytes]();
     delete[] block;
-    printf("%u\n", android::analyseExifBlock({block, gBytes}, 0).initPosition);
+    analyse(block, gBytes);
 }
 
 void leak() {
@@ -33,11 +36,7 @@ void leak() {
     block = nullptr;
 }
 
-void uninitialisedRead() {
-    const uint8_t* const block = new uint8_t[gBytes];
-    printf("%u\n", android::analyseExifBlock({block, gBytes}, 0).initPosition);
-    delete[] block;
-}
+void uninitialisedRead() { analyse(std::unique_ptr<uint8_t[]>(new uint8_t[gBytes]).get(), gBytes); }
 
 /** No frame is that narrow. */
 void overflowOfInt() { printf("%d\n", android::tileArea({INT32_MIN, 8, 8, 8}, 0).width); }
@@ -51,38 +50,22 @@ void* swapPairs(void* frame) {
 /** Plain threads: the order that a lock of the C++ library gives would be seen. */
 void race() {
     static uint8_t frame[8 * 16 * 3 / 2] = {};
-    pthread_t first, second;
-    pthread_create(&first, nullptr, swapPairs, frame);
-    pthread_create(&second, nullptr, swapPairs, frame);
-    pthread_join(first, nullptr);
-    pthread_join(second, nullptr);
+    pthread_t threads[2];
+    for (pthread_t& thread : threads) pthread_create(&thread, nullptr, swapPairs, frame);
+    for (const pthread_t thread : threads) pthread_join(thread, nullptr);
 }
-
-void none() {}
-
-constexpr struct {
-    const char* name;
-    void (*make)();
-} kFaults[] = {
-        {"none", none},
-        {"overflow", overflow},
-        {"use-after-free", useAfterFree},
-        {"leak", leak},
-        {"uninitialised-read", uninitialisedRead},
-        {"overflow-of-int", overflowOfInt},
-        {"race", race},
-};
 
 }  // namespace
 
-int main(int argc, char** argv) {
-    for (const auto& fault : kFaults) {
-        if (argc != 2 || strcmp(argv[1], fault.name) != 0) continue;
-        fprintf(stderr, "making %s\n", fault.name);
-        fault.make();
-        fprintf(stderr, "made %s\n", fault.name);
-        return 0;
-    }
-    fprintf(stderr, "usage: %s FAULT\n", argv[0]);
-    return 2;
+int main(int, char** arguments) {
+    const std::map<std::string, void (*)()> faults = {{"none", [] {}},
+                                                      {"overflow", overflow},
+                                                      {"use-after-free", useAfterFree},
+                                                      {"leak", leak},
+                                                      {"uninitialised-read", uninitialisedRead},
+                                                      {"overflow-of-int", overflowOfInt},
+                                                      {"race", race}};
+    fprintf(stderr, "making %s\n", arguments[1]);
+    faults.at(arguments[1])();
+    fprintf(stderr, "made %s\n", arguments[1]);
 }
