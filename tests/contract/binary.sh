@@ -43,15 +43,9 @@ slots() {
 
 tables() { entries virtual-tables.txt | grep '^_ZTV' | while read -r table; do slots "$table"; done; }
 
-described_types() { "$nm" "$library" | awk '{ print $NF }' | grep -E '^_ZT[IS]N7android' || true; }
-
 case $check in
 imports) diff <(entries platform-symbols.txt | sort) <(imports | sort) ;;
 exports) diff <(entries exports.txt | sort -u) <(exports) ;;
 virtual-tables) diff <(entries virtual-tables.txt) <(tables) ;;
-no-type-information) diff /dev/null <(described_types) ;;
-*)
-    echo "no such check: $check" >&2
-    exit 2
-    ;;
+*) false ;;
 esac
