@@ -26,8 +26,6 @@ using namespace quill::host;
 
 constexpr char kHevc[] = "video/hevc";
 
-// ---- the list of codecs --------------------------------------------------------------------------------------------
-
 TEST(CodecList, DevicesHaveTheEncodersOfTheirFiles) {
     for (const auto& [device, encoder] : {std::pair("workstation", "c2.quill.hevc.encoder 11 VBR,CBR,CQ"),
                                           {"no-cq", "c2.quill.hevc.encoder 11 VBR,CBR"},
@@ -44,18 +42,11 @@ TEST(CodecList, DevicesHaveTheEncodersOfTheirFiles) {
                       const sp<MediaCodecInfo> info = list->getCodecInfo(0);
                       AString modes;
                       info->getCapabilitiesFor(kHevc)->getDetails()->findString("feature-bitrate-modes", &modes);
-                      return info->getCodecName() + (" " + std::to_string(info->getAttributes())) + " " + modes.c_str();
+                      return info->getCodecName() + (" " + std::to_string(info->getAttributes())) + " " +
+                             modes.c_str() +
+                             (list->getCodecInfo(1) || info->getCapabilitiesFor("video/avc") ? " and more" : "");
                   }));
     }
-}
-
-TEST(CodecList, CodecsAreFoundByTypeInAnyCaseAndByKind) {
-    const sp<IMediaCodecList> list = MediaCodecList::getInstance();
-    EXPECT_EQ(list->findCodecByType("VIDEO/hevc", true), 0);
-    EXPECT_EQ(list->findCodecByType(kHevc, true, 1), NAME_NOT_FOUND);
-    EXPECT_EQ(list->findCodecByType(kHevc, false), NAME_NOT_FOUND);
-    EXPECT_EQ(list->getCodecInfo(0)->getCapabilitiesFor("image/vnd.android.heic"), nullptr);
-    EXPECT_EQ(list->getCodecInfo(1), nullptr);
 }
 
 std::optional<DeviceCodecs> read(const std::string& text) {
@@ -75,7 +66,7 @@ TEST(CodecsXml, EveryFormOfLimitTypeAndFeatureIsRead) {
       </Type><Type name="video/avc"/></MediaCodec></Encoders></MediaCodecs>)");
     ASSERT_TRUE(device && device->codecs.size() == 2);
     EXPECT_EQ(device->codecs[0].attributes, 0);
-    EXPECT_EQ(findCodecEntry(*device, "video/avc", true, 0), 1);
+    EXPECT_EQ(findCodecEntry(*device, "VIDEO/avc", true, 0), 1);
     std::string details;
     for (const auto& entry : device->codecs[1].types[0].details) details += entry.name + "=" + entry.value + " ";
     EXPECT_EQ(details, "alignment=2x2 bitrate-range=1-9 size-range=2x2-4x4 feature-intra-refresh=0 feature-tiled=1 ");
@@ -91,20 +82,16 @@ TEST(CodecsXml, MalformedFileGivesNoCodecs) {
     EXPECT_FALSE(readCodecsXml("/nonexistent/media_codecs.xml"));
 }
 
-// ---- the encoder behind the codec ----------------------------------------------------------------------------------
-
 /** Slopes, edges and noise, as in a photograph. */
 PlanarPicture photograph(int width, int height) {
     PlanarPicture picture;
     picture.reshape(codedSize(width), codedSize(height), 8);
     std::mt19937 random(1);
     for (int plane = 0; plane < 3; ++plane) {
-        for (size_t i = 0; i < picture.planes[plane].size(); ++i) {
-            const int x = static_cast<int>(i) % picture.planeWidth(plane);
-            const int y = static_cast<int>(i) / picture.planeWidth(plane);
-            const double wave = 60 * std::sin(x * 0.05 + plane) + 40 * std::cos(y * 0.11) + (x / 23 % 2) * 20;
-            const int value = static_cast<int>(120 + wave) + static_cast<int>(random() % 7);
-            picture.planes[plane][i] = static_cast<uint8_t>(value);
+        for (int i = 0; i < picture.planeWidth(plane) * picture.planeHeight(plane); ++i) {
+            const int x = i % picture.planeWidth(plane), y = i / picture.planeWidth(plane);
+            const double slopes = 60 * std::sin(x * 0.05 + plane) + 40 * std::cos(y * 0.11);
+            picture.planes[plane][i] = static_cast<uint8_t>(120 + slopes + x / 23 % 2 * 20 + random() % 7);
         }
     }
     return picture;
@@ -163,19 +150,15 @@ TEST(RateControl, SearchEndsNearTheTargetWhateverTheContent) {
     for (const double typicalQp : {8, 20, 40}) {
         QpSearch search(100000, 512 * 512);
         double best = 0;
-        int trials = 0;
         while (const auto qp = search.next()) {
             const double bits = 100000 * std::exp2((typicalQp - *qp) / 7.5);
             if (search.report(static_cast<int64_t>(bits))) best = bits;
-            ASSERT_LE(++trials, 5);
         }
         EXPECT_NEAR(best, 100000, 15000) << typicalQp;
     }
 }
 
 TEST(ColorAspects, FollowTheKeysOfACamera) { EXPECT_EQ(colorAspectsFromKeys(2, 2, 1), (ColorAspects{5, 13, 5, true})); }
-
-// ---- the codec -----------------------------------------------------------------------------------------------------
 
 constexpr size_t kTileBytes = 393216;
 constexpr int64_t kLong = 60'000'000;
@@ -262,13 +245,9 @@ TEST(Codec, CallsInTheWrongStateAreRefused) {
 }
 
 TEST(Codec, UnsupportedFormatsAreBadValues) {
-    for (const auto& [key, value] : Keys{{"color-format", 20},
-                                         {"color-format", 0},
-                                         {"width", 0},
-                                         {"height", -1},
-                                         {"width", 1 << 20},
-                                         {"grid-rows", 0},
-                                         {"quality", 101}}) {
+    const Keys kBad = {{"color-format", 20}, {"color-format", 0}, {"width", 0},    {"height", -1},
+                       {"width", 1 << 20},   {"grid-rows", 0},    {"quality", 101}};
+    for (const auto& [key, value] : kBad) {
         EXPECT_EQ(Codec().configure(tileFormat({{key, value}})), BAD_VALUE) << key << " " << value;
     }
     const sp<AMessage> format = tileFormat();

@@ -31,7 +31,6 @@ struct Recorder : AHandler {
 class Looper : public testing::Test {
   protected:
     Looper() { mLooper->registerHandler(mRecorder); }
-    ~Looper() override { Clock::instance().setScale(1); }
 
     status_t post(uint32_t what, int64_t delayUs = 0) { return (new AMessage(what, mRecorder))->post(delayUs); }
 
@@ -47,21 +46,16 @@ class Looper : public testing::Test {
     const sp<Recorder> mRecorder = new Recorder;
 };
 
-TEST(AMessage, ItemIsFoundByItsLatestTypeOnly) {
+TEST(AMessage, ItemHasItsLatestTypeOnly) {
     const sp<AMessage> message = new AMessage;
-    message->setString("width", "512", 2);
-    int32_t width = -7;
-    EXPECT_FALSE(message->findInt32("width", &width));
-    EXPECT_EQ(-7, width);
+    message->setString("key", "512", 2);
     AString text;
-    EXPECT_TRUE(message->getEntryAt(0).find(&text));
-    EXPECT_STREQ("51", text.c_str());
-    message->setBuffer("width", new ABuffer(3));
+    EXPECT_TRUE(message->getEntryAt(0).find(&text) && text == "51");
+    message->setBuffer("key", new ABuffer(3));
     AMessage::Type type;
-    EXPECT_STREQ("width", message->getEntryNameAt(0, &type));
+    EXPECT_STREQ("key", message->getEntryNameAt(0, &type));
     EXPECT_EQ(AMessage::kTypeBuffer, type);
-    EXPECT_EQ(nullptr, message->getEntryNameAt(1, &type));
-    EXPECT_FALSE(message->getEntryAt(1).used());
+    EXPECT_FALSE(message->findString("key", &text) || message->getEntryAt(1).used());
 }
 
 TEST_F(Looper, DeliversByDueTimeAndThenInPostingOrder) {

@@ -23,8 +23,7 @@ constexpr int kNoFence = -1;
 
 /** A window as the encoder sets it up: 512x512 RGBA, connected to the CPU. */
 struct Window {
-    explicit Window(int buffers) : queue(new BufferQueue(buffers)), surface(new Surface(queue, true)) {
-        window = surface.get();
+    explicit Window(int buffers) : queue(new BufferQueue(buffers)) {
         EXPECT_EQ(0, ANativeWindow_setBuffersGeometry(window, 512, 512, HAL_PIXEL_FORMAT_RGBA_8888));
         EXPECT_EQ(0, native_window_set_usage(window, kReadWrite));
         EXPECT_EQ(0, surface->setMaxDequeuedBufferCount(8));
@@ -39,12 +38,10 @@ struct Window {
     int queueBuffer(ANativeWindowBuffer* buffer, int fence = kNoFence) {
         return window->queueBuffer(window, buffer, fence);
     }
-    /** Has the consumer look at the buffer that was queued first. */
-    void consume() { queue->release(queue->acquire()); }
 
     sp<BufferQueue> queue;
-    sp<Surface> surface;
-    ANativeWindow* window;
+    sp<Surface> surface = new Surface(queue, true);
+    ANativeWindow* window = surface.get();
 };
 
 uint8_t& firstByte(ANativeWindowBuffer* buffer) {
@@ -86,7 +83,7 @@ TEST(Surface, BufferIsReusedUnclearedUntilTheGeometryChanges) {
         EXPECT_EQ(first, producer.dequeue());
         EXPECT_EQ(7, firstByte(first));
         ASSERT_EQ(0, producer.queueBuffer(first));
-        producer.consume();
+        producer.queue->release(producer.queue->acquire());
     }
 
     EXPECT_EQ(-EINVAL, ANativeWindow_setBuffersGeometry(producer.window, 64, 0, 0));
