@@ -48,25 +48,21 @@ for file in $(of cc_test srcs) $(of cc_test data); do
     [ -e "$source_folder/$file" ] || { echo "no $file"; failed=1; }
 done
 
-java_library() {
-    shopt -s globstar
-    local classes minimum
-    classes=$(jar --list --file "$jar" | sed -n 's/\.class$//p')
-    minimum=$(of android_library min_sdk_version)
-    # shellcheck disable=SC2046
-    expect "classes" "$(grep -v '\$' <<<"$classes")" \
-        "$(cd "$source_folder" && printf '%s\n' $(of android_library srcs) | sed 's|^java/media/||; s/\.java$//')"
-    expect "Java" "$(parts java)" "$(of android_library java_version)"
-    expect "rules" "META-INF/proguard/$(basename "$(of android_library optimize)")" \
-        "$(jar --list --file "$jar" | grep '^META-INF/proguard/.')"
-    expect "API level of the manifest" "$minimum" \
-        "$(sed -n 's/.*minSdkVersion="\([0-9]*\)".*/\1/p' "$source_folder/$(of android_library manifest)")"
-    # shellcheck disable=SC2086
-    expect "what is used of the platform" "$(awk '/^[0-9]/ { print $2 }' "$lists/platform-java.txt")" \
-        "$(javap -c -p -cp "$jar" $classes | sed -nE 's/.*(Method|Field) (android\/[^ ]*).*/\2/p' | sort -u)"
-    expect "beyond API level $minimum" "" \
-        "$(awk -v minimum="$minimum" '/^[0-9]/ && $1 > minimum' "$lists/platform-java.txt")"
-}
-
-[ -z "$jar" ] || java_library
+[ -n "$jar" ] || exit "$failed"
+shopt -s globstar
+classes=$(jar --list --file "$jar" | sed -n 's/\.class$//p')
+minimum=$(of android_library min_sdk_version)
+# shellcheck disable=SC2046
+expect "classes" "$(grep -v '\$' <<<"$classes")" \
+    "$(cd "$source_folder" && printf '%s\n' $(of android_library srcs) | sed 's|^java/media/||; s/\.java$//')"
+expect "Java" "$(parts java)" "$(of android_library java_version)"
+expect "rules" "META-INF/proguard/$(basename "$(of android_library optimize)")" \
+    "$(jar --list --file "$jar" | grep '^META-INF/proguard/.')"
+expect "API level of the manifest" "$minimum" \
+    "$(sed -n 's/.*minSdkVersion="\([0-9]*\)".*/\1/p' "$source_folder/$(of android_library manifest)")"
+# shellcheck disable=SC2086
+expect "what is used of the platform" "$(awk '/^[0-9]/ { print $2 }' "$lists/platform-java.txt")" \
+    "$(javap -c -p -cp "$jar" $classes | sed -nE 's/.*(Method|Field) (android\/[^ ]*).*/\2/p' | sort -u)"
+expect "beyond API level $minimum" "" \
+    "$(awk -v minimum="$minimum" '/^[0-9]/ && $1 > minimum' "$lists/platform-java.txt")"
 exit "$failed"
