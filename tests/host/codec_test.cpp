@@ -128,9 +128,7 @@ TEST(HevcEngine, EverySizeIsCodedWithEveryPreset) {
     constexpr int kSizes[][2] = {{1, 1}, {15, 40}, {16, 16}, {18, 30}, {63, 65}, {64, 64}, {321, 241}, {512, 512}};
     for (const char* preset : {"ultrafast", "slow"}) {
         for (const auto& [width, height] : kSizes) {
-            const auto engine = engineFor(width, height, 20, preset);
-            ASSERT_NE(engine, nullptr) << width << "x" << height << " " << preset;
-            codeWith(engine, photograph(width, height));
+            codeWith(engineFor(width, height, 20, preset), photograph(width, height));
         }
     }
 }
@@ -159,6 +157,15 @@ TEST(RateControl, SearchEndsNearTheTargetWhateverTheContent) {
 }
 
 TEST(ColorAspects, FollowTheKeysOfACamera) { EXPECT_EQ(colorAspectsFromKeys(2, 2, 1), (ColorAspects{5, 13, 5, true})); }
+
+TEST(PictureLayout, OddPicturesRepeatTheirLastWholeSamples) {
+    // 3x3 at a pitch of 4: one whole chroma sample; the client left the rest of the chroma at 0.
+    const uint8_t i420[] = {1, 2, 3, 0, 4, 5, 6, 0, 7, 8, 9, 0, 0, 0, 0, 0, 50, 0, 0, 0, 60, 0, 0, 0};
+    PlanarPicture planar;
+    toPlanar({SampleLayout::kI420, i420, 3, 3, 4, 4}, RgbToYuv({}), &planar);
+    EXPECT_TRUE(planar.planes[0][20] == 6 && planar.planes[0].back() == 9);
+    for (const int plane : {1, 2}) EXPECT_EQ(planar.planes[plane], std::vector<uint8_t>(64, 40 + 10 * plane));
+}
 
 constexpr size_t kTileBytes = 393216;
 constexpr int64_t kLong = 60'000'000;

@@ -143,7 +143,9 @@ TEST_F(Muxer, SamplesThatDoNotDecodeAloneAreRefused) {
 TEST_F(Muxer, HintIsAQuarterTurnGivenBeforeTheStart) {
     for (const int degrees : {45, 360, -90}) EXPECT_EQ(BAD_VALUE, muxer()->setOrientationHint(degrees)) << degrees;
     EXPECT_EQ(OK, muxer()->setOrientationHint(270));
-    EXPECT_EQ(INVALID_OPERATION, started({formatOf(mPicture)})->setOrientationHint(90));
+    const sp<MediaMuxer> still = started({formatOf(mPicture)});
+    EXPECT_EQ(INVALID_OPERATION, still->setOrientationHint(90));
+    EXPECT_NE(OK, still->stop()) << "without its tile";
 }
 
 TEST_F(Muxer, TracksThatDoNotFitAreRefused) {
