@@ -15,13 +15,9 @@ namespace {
 using namespace android;
 using namespace quill::test;
 using quill::host::CallLog;
-using quill::host::Fault;
-using quill::host::Faults;
 using testing::ElementsAre;
 
-constexpr char kTag[] = "QuillHeifEncoder";
-constexpr char kQti[] = "c2.qti.hevc.encoder";
-constexpr char kMtk[] = "c2.mtk.hevc.encoder";
+constexpr char kQti[] = "c2.qti.hevc.encoder", kMtk[] = "c2.mtk.hevc.encoder";
 
 /** A hardware encoder of no name leaves the choice to the platform, which takes the first of its list. */
 const std::string kChosenByType = xml({"c2.first.hevc", "64x64-4096x4096", "", "video/hevc", false}) + xml({""});
@@ -33,49 +29,32 @@ struct Order {
     int width, height;
     int format;
     int quality = 95;
-    std::string properties = "";
+    std::string properties = "debug.quill.video.log.enable=4";
 };
 
-/** Configures an encoder in a process of its own and gives back `report`'s text. */
-std::string afterSetup(const Order& setup, const std::function<std::string(const LogCapture&, status_t)>& report) {
-    return inChild([&] {
-        const TestDevice device(setup.codecs, setup.properties);
+/** An encoder's own lines, then "KEY=VALUE": the result, its surface's settings and its codec's. */
+std::vector<std::string> setUp(const Order& order) {
+    return cutIntoLines(inChild([&] {
+        const TestDevice device(order.codecs, order.properties);
         const LogCapture log;
         CallLog::instance().start();
         const sp<QuillHeifEncoder> encoder =
-                new QuillHeifEncoder(setup.width, setup.height, setup.width, setup.height, setup.format, setup.quality);
+                new QuillHeifEncoder(order.width, order.height, order.width, order.height, order.format, order.quality);
         const status_t status = encoder->initializeCodec();
-        std::string text = report(log, status);
+        std::string text = joined(log.of("QuillHeifEncoder")) + "status=" + std::to_string(status) + "\n";
+        for (const auto& [key, call] : {std::pair("geometry=", "ANativeWindow_setBuffersGeometry"),
+                                        {"usage=", "native_window_set_usage"},
+                                        {"", "MediaCodec::configure"}}) {
+            for (const std::string& arguments : CallLog::instance().of(call)) text += key + arguments + "\n";
+        }
         encoder->close();
-        return text;
-    });
-}
-
-std::vector<std::string> configuredKeys(const Order& setup) {
-    return cutIntoLines(afterSetup(setup, [](const LogCapture&, status_t) {
-        const std::vector<std::string> calls = CallLog::instance().of("MediaCodec::configure");
-        return calls.empty() ? "not configured" : calls.front();
+        return text.substr(0, text.find_last_not_of('\n') + 1);
     }));
 }
 
-TEST(EncoderSetup, AllKeysOfAGrid) {
-    EXPECT_THAT(configuredKeys({named("c2.x"), 4000, 3000, FORMAT_NV12}),
-                ElementsAre("mime=video/hevc", "width=512", "height=512", "tile-width=512", "tile-height=512",
-                            "grid-cols=8", "grid-rows=6", "i-frame-interval=0", "color-format=21", "color-standard=2",
-                            "color-range=1", "color-transfer=2", "frame-rate=30", "capture-rate=1440",
-                            "operating-rate=2147483647", "bitrate-mode=0", "quality=95"));
-}
-
-TEST(EncoderSetup, AllKeysOfAWholeFrame) {
-    EXPECT_THAT(configuredKeys({named("c2.x"), 512, 300, FORMAT_I420, 7}),
-                ElementsAre("mime=video/hevc", "width=512", "height=300", "i-frame-interval=0", "color-format=19",
-                            "color-standard=2", "color-range=1", "color-transfer=2", "frame-rate=30", "capture-rate=30",
-                            "operating-rate=2147483647", "bitrate-mode=0", "quality=7"));
-}
-
 /** The values of `keys`, "-" for one that is not set. */
-std::string configured(const Order& setup, std::initializer_list<const char*> keys) {
-    const std::vector<std::string> items = configuredKeys(setup);
+std::string configured(const Order& order, std::initializer_list<const char*> keys) {
+    const std::vector<std::string> items = setUp(order);
     std::string values;
     for (const std::string key : keys) {
         const auto item = std::find_if(items.begin(), items.end(),
@@ -85,107 +64,83 @@ std::string configured(const Order& setup, std::initializer_list<const char*> ke
     return values;
 }
 
+TEST(EncoderSetup, AllKeysOfAGridAndOfAWholeFrame) {
+    EXPECT_THAT(setUp({named("c2.x"), 4000, 3000, FORMAT_NV12}),
+                ElementsAre("status=0", "mime=video/hevc", "width=512", "height=512", "tile-width=512",
+                            "tile-height=512", "grid-cols=8", "grid-rows=6", "i-frame-interval=0", "color-format=21",
+                            "color-standard=2", "color-range=1", "color-transfer=2", "frame-rate=30",
+                            "capture-rate=1440", "operating-rate=2147483647", "bitrate-mode=0", "quality=95"));
+    EXPECT_THAT(setUp({named("c2.x"), 512, 300, FORMAT_I420, 7}),
+                ElementsAre("status=0", "mime=video/hevc", "width=512", "height=300", "i-frame-interval=0",
+                            "color-format=19", "color-standard=2", "color-range=1", "color-transfer=2", "frame-rate=30",
+                            "capture-rate=30", "operating-rate=2147483647", "bitrate-mode=0", "quality=7"));
+}
+
 TEST(EncoderSetup, RateFollowsComponent) {
-    const std::pair<Order, const char*> kCases[] = {
-            {{kChosenByType, 4000, 3000, FORMAT_NV12, 100}, "2 12045600 - 1440 2147483647"},
-            {{kChosenByType, 4096, 3072, FORMAT_NV12, 95}, "2 11999190 - 1440 2147483647"},
-            // Each by a bit more or less where the factors come in another order.
-            {{kChosenByType, 80, 4375, FORMAT_NV12, 70}, "2 245931 - 270 2147483647"},
-            {{kChosenByType, 80, 5750, FORMAT_NV12, 100}, "2 461748 - 360 2147483647"},
-            {{kChosenByType, 80, 3750, FORMAT_NV12, 55}, "2 165627 - 240 2147483647"},
-            {{named(kMtk), 4000, 3000, FORMAT_NV12, 100}, "2 40000000 - - 30"},
-            {{named(kMtk), 8000, 6000, FORMAT_NV12, 100}, "2 48182400 - - 30"},
-            {{named("c2.mtk.hevc.encoder.heif"), 8000, 6000, FORMAT_NV12, 100}, "2 48182400 - - 30"},
-            {{named(kMtk), 8000, 6000, FORMAT_NV12, 1 << 30}, "2 2147483647 - - 30"},
-            {{named(kQti), 8000, 6000, FORMAT_NV12, 100}, "0 - 100 5760 2147483647"},
-            {{named("c2.mtk.hevc.encode"), 512, 512, FORMAT_NV12, 0}, "0 - 0 30 2147483647"},
-    };
-    for (const auto& [setup, rate] : kCases) {
-        EXPECT_EQ(rate, configured(setup, {"bitrate-mode", "bitrate", "quality", "capture-rate", "operating-rate"}))
-                << setup.codecs;
-    }
-}
-
-TEST(EncoderSetup, ColorFormatAndProfileFollowFormat) {
-    const std::string kSurface = "2130708361", kVendorP010 = "2141391882";
-    const std::pair<Order, std::string> kCases[] = {
-            {{named("c2.x"), 512, 512, FORMAT_NV21, 95, "ro.soc.model=SM8550"}, "21 -"},
-            {{named("c2.x"), 512, 512, FORMAT_RGBA8888, 95, "ro.soc.model=SM8550"}, kSurface + " -"},
-            {{named("c2.x"), 512, 512, FORMAT_P010, 95, "ro.soc.model=sm8550"}, kVendorP010 + " 2"},
-            {{named("c2.x"), 512, 512, FORMAT_P010, 95, "ro.soc.model=MT6989"}, kVendorP010 + " -"},
-            {{named("c2.x"), 512, 512, FORMAT_P010, 95, ""}, kVendorP010 + " -"},
-            {{named(kQti), 512, 512, FORMAT_P010, 95, "ro.soc.model=SM8550"}, kSurface + " 2"},
-            {{named("c2.qti.hevc.encoder.cq"), 512, 512, FORMAT_P010, 95, "ro.soc.model=SM"}, kSurface + " 2"},
-            {{named("c2.qti.hevc.encode"), 512, 512, FORMAT_P010, 95, "ro.soc.model=S"}, kVendorP010 + " -"},
-            {{named(kMtk), 512, 512, FORMAT_P010, 95, "ro.soc.model=SM8550"}, kSurface + " -"},
-    };
-    for (const auto& [setup, expected] : kCases) {
-        EXPECT_EQ(expected, configured(setup, {"color-format", "profile"})) << setup.codecs << setup.properties;
-    }
-}
-
-TEST(EncoderSetup, SurfaceIsOneTileInTheRightFormat) {
     const struct {
-        Order setup;
-        std::string geometry;
+        std::string codecs;
+        int width, height, quality;
+        const char* rate;
     } kCases[] = {
-            {{named("c2.x"), 300, 200, FORMAT_RGBA8888}, "512 512 1"},
-            {{named(kQti), 4000, 3000, FORMAT_RGBA8888}, "512 512 1"},
-            {{named(kQti), 4000, 3000, FORMAT_P010, 95, "ro.soc.model=SM8550"}, "512 512 54"},
-            {{named(kQti), 4000, 3000, FORMAT_P010, 95, "ro.soc.model=sm8350-AC"}, "512 512 2141391882"},
-            {{named(kMtk), 4000, 3000, FORMAT_P010, 95, ""}, "512 512 54"},
-            {{named("c2.x"), 4000, 3000, FORMAT_P010, 95, "ro.soc.model=SM8350"}, ""},
+            {kChosenByType, 4000, 3000, 100, "2 12045600 - 1440 2147483647"},
+            // Each by a bit more or less where the factors come in another order.
+            {kChosenByType, 80, 4375, 70, "2 245931 - 270 2147483647"},
+            {kChosenByType, 80, 5750, 100, "2 461748 - 360 2147483647"},
+            {kChosenByType, 80, 3750, 55, "2 165627 - 240 2147483647"},
+            {named(kMtk), 4000, 3000, 100, "2 40000000 - - 30"},
+            {named("c2.mtk.hevc.encoder.heif"), 8000, 6000, 100, "2 48182400 - - 30"},
+            {named(kMtk), 8000, 6000, 1 << 30, "2 2147483647 - - 30"},
+            {named(kQti), 8000, 6000, 100, "0 - 100 5760 2147483647"},
+            {named("c2.mtk.hevc.encode"), 512, 512, 0, "0 - 0 30 2147483647"},
     };
     for (const auto& test : kCases) {
-        const std::string calls = afterSetup(test.setup, [](const LogCapture&, status_t) {
-            const CallLog& log = CallLog::instance();
-            return joined(log.of("ANativeWindow_setBuffersGeometry")) + joined(log.of("native_window_set_usage"));
-        });
-        EXPECT_EQ(test.geometry.empty() ? "" : test.geometry + "\n51\n", calls) << test.setup.codecs;
+        EXPECT_EQ(test.rate, configured({test.codecs, test.width, test.height, FORMAT_NV12, test.quality},
+                                        {"bitrate-mode", "bitrate", "quality", "capture-rate", "operating-rate"}))
+                << test.codecs;
     }
 }
 
-TEST(EncoderSetup, StepsAreLoggedUnlessSwitchedOff) {
-    const std::string quiet = "debug.quill.video.log.enable=4";
-    const auto lines = [](const LogCapture& log, status_t) { return joined(log.of(kTag)); };
-    const Order setup{named(kQti), 600, 500, FORMAT_P010, 90, "ro.soc.model=SM8550\n"};
-    EXPECT_THAT(cutIntoLines(afterSetup(setup, lines)),
-                ElementsAre("I/width: 600, height: 500, stride: 600 X 500 fmt: 1 quality: 90",
-                            "I/createCodec Create HEVC Codec", "I/Codec name:c2.qti.hevc.encoder",
-                            "I/Creating input surface for encode.", "I/Surface color-format: 54"));
-    EXPECT_EQ("", afterSetup({setup.codecs, 600, 500, FORMAT_P010, 90, quiet}, lines));
+TEST(EncoderSetup, ColorFormatProfileAndSurfaceFollowFormat) {
+    constexpr char kSurface[] = "2130708361 - 512 512 1 51";
+    const struct {
+        std::string component;
+        int format;
+        std::string chip, expected;
+    } kCases[] = {
+            {"c2.x", FORMAT_NV21, "SM8550", "21 - - -"},
+            {"c2.x", FORMAT_RGBA8888, "SM8550", kSurface},
+            {kQti, FORMAT_RGBA8888, "", kSurface},
+            {"c2.x", FORMAT_P010, "sm8550", "2141391882 2 - -"},
+            {"c2.x", FORMAT_P010, "MT6989", "2141391882 - - -"},
+            {kQti, FORMAT_P010, "SM8550", "2130708361 2 512 512 54 51"},
+            {kQti, FORMAT_P010, "sm8350-AC", "2130708361 2 512 512 2141391882 51"},
+            {"c2.qti.hevc.encoder.cq", FORMAT_P010, "SM", "2130708361 2 512 512 54 51"},
+            {"c2.qti.hevc.encode", FORMAT_P010, "S", "2141391882 - - -"},
+            {kMtk, FORMAT_P010, "SM8550", "2130708361 - 512 512 54 51"},
+            {kMtk, FORMAT_P010, "", "2130708361 - 512 512 54 51"},
+    };
+    for (const auto& test : kCases) {
+        const Order order{named(test.component), 300, 200, test.format, 95, "ro.soc.model=" + test.chip};
+        EXPECT_EQ(test.expected, configured(order, {"color-format", "profile", "geometry", "usage"}))
+                << test.component << " " << test.chip;
+    }
 }
 
-TEST(EncoderSetup, SizeThatNoEncoderTakesIsRefused) {
-    const std::string text = afterSetup(
-            {"", 640, 480, FORMAT_NV12, 95, "debug.quill.video.log.enable=0"},
-            [](const LogCapture& log, status_t status) { return joined(log.of(kTag)) + std::to_string(status); });
-    EXPECT_EQ(
-            "E/createCodec: Encoder doesnt' support size 640 x 480!\n"
-            "E/Failed to create codec: Invalid argument (-22)\n-19",
-            text);
+TEST(EncoderSetup, StepsAndRefusalsAreLogged) {
+    std::vector<std::string> lines = setUp({named(kQti), 600, 500, FORMAT_P010, 90, "ro.soc.model=SM8550\n"});
+    lines.resize(5);
+    EXPECT_THAT(lines, ElementsAre("I/width: 600, height: 500, stride: 600 X 500 fmt: 1 quality: 90",
+                                   "I/createCodec Create HEVC Codec", "I/Codec name:c2.qti.hevc.encoder",
+                                   "I/Creating input surface for encode.", "I/Surface color-format: 54"));
+    EXPECT_THAT(setUp({"", 640, 480, FORMAT_NV12}),
+                ElementsAre("E/createCodec: Encoder doesnt' support size 640 x 480!",
+                            "E/Failed to create codec: Invalid argument (-22)", "status=-19"));
 }
 
 TEST(EncoderSetup, RefusalOfTheCodecIsTheResult) {
-    Faults::instance().inject("MediaCodec::configure", Fault::failing(-38));
+    quill::host::Faults::instance().inject("MediaCodec::configure", quill::host::Fault::failing(-38));
     const sp<QuillHeifEncoder> encoder = new QuillHeifEncoder(64, 64, 64, 64, FORMAT_NV12, 95);
     EXPECT_EQ(-38, encoder->initializeCodec());
-    encoder->close();
-}
-
-TEST(EncoderSetup, TimesSpreadTilesOverOneSecond) {
-    setProperties("debug.quill.video.log.enable=0");
-    const sp<QuillHeifEncoder> encoder = new QuillHeifEncoder(4000, 3000, 4000, 3000, FORMAT_NV12, 95);
-    ASSERT_EQ(OK, encoder->initializeCodec());
-    EXPECT_EQ(48, encoder->tileCount());
-    EXPECT_EQ(132, encoder->computePresentationTime(0));
-    EXPECT_EQ(20965, encoder->computePresentationTime(1));
-    EXPECT_EQ(41798, encoder->computePresentationTime(2));
-    Faults::instance().inject("MediaCodec::dequeueOutputBuffer", Fault::failing(-38));
-    Faults::instance().inject("MediaCodec::dequeueInputBuffer", Fault::failing(-11));
-    std::vector<sp<ABuffer>> out;
-    EXPECT_EQ(-38, encoder->addYuvBuffer(nullptr, out));
-    EXPECT_EQ(1020965, encoder->computePresentationTime(1)) << "a failed frame counts as one";
     encoder->close();
 }
 
