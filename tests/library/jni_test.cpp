@@ -1,20 +1,12 @@
 // The Java layer over a VM made by hand: registration, options, and what the entry points check and throw.
 #include <fcntl.h>
 #include <gmock/gmock.h>
-#include <stdio.h>
-#include <stdlib.h>
 #include <unistd.h>
-
-#include <android/log.h>
 
 #include "HeifWriterJni.h"
 #include "StandardUtf8.h"
 #include "support/App.h"
-#include "support/CameraFrames.h"
-#include "support/FakeVm.h"
 #include "support/LogCapture.h"
-#include "support/TemporaryFiles.h"
-#include "support/TestDevice.h"
 
 namespace {
 
@@ -24,15 +16,6 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 
 constexpr char kTag[] = "NativeHeifWriter";
-
-/** Loads the library with its last words on standard error. */
-void loadAloud(FakeVm& java) {
-    __android_log_set_aborter([](const char* message) {
-        fprintf(stderr, "%s\n", message);
-        abort();
-    });
-    JNI_OnLoad(java.vm(), nullptr);
-}
 
 TEST(JniRegistration, PatternShapesTheNames) {
     for (const auto& [pattern, before, behind] : {std::tuple("${method}", "", ""),
@@ -55,7 +38,8 @@ TEST(JniRegistrationDeathTest, PatternWithoutPlaceholderAborts) {
     for (const char* const pattern : {"native_", "$", "${metho}", "$${method", "a longer pattern with a $ in it"}) {
         FakeVm java;
         jniMethodFormat = pattern;
-        EXPECT_DEATH(loadAloud(java), HasSubstr("Invalid jniMethodFormat: could not find '${method}' in pattern"))
+        EXPECT_DEATH(JNI_OnLoad(java.vm(), nullptr),
+                     HasSubstr("Invalid jniMethodFormat: could not find '${method}' in pattern"))
                 << pattern;
     }
 }
@@ -63,14 +47,16 @@ TEST(JniRegistrationDeathTest, PatternWithoutPlaceholderAborts) {
 TEST(JniRegistrationDeathTest, WhatIsMissingIsNamed) {
     FakeVm java;
     java.missing = {"com/quill/media/QuillHeifWriter$Options"};
-    EXPECT_DEATH(loadAloud(java), HasSubstr("Unable to find class com/quill/media/QuillHeifWriter$Options"));
+    EXPECT_DEATH(JNI_OnLoad(java.vm(), nullptr),
+                 HasSubstr("Unable to find class com/quill/media/QuillHeifWriter$Options"));
     java.missing = {"gainmapFd"};
-    EXPECT_DEATH(loadAloud(java), HasSubstr("Unable to find field gainmapFd with signature Ljava/io/FileDescriptor;"));
+    EXPECT_DEATH(JNI_OnLoad(java.vm(), nullptr),
+                 HasSubstr("Unable to find field gainmapFd with signature Ljava/io/FileDescriptor;"));
     java.missing = {"com/quill/media/QuillHeifWriter"};
-    EXPECT_DEATH(loadAloud(java), HasSubstr("com/quill/media/QuillHeifWriter"));
+    EXPECT_DEATH(JNI_OnLoad(java.vm(), nullptr), HasSubstr("com/quill/media/QuillHeifWriter"));
     java.missing = {};
     java.registerResult = -1;
-    EXPECT_DEATH(loadAloud(java), "RegisterNatives|Unable to register native methods");
+    EXPECT_DEATH(JNI_OnLoad(java.vm(), nullptr), "RegisterNatives|Unable to register native methods");
 }
 
 TEST(JniRegistration, DetachedThreadIsAnError) {
@@ -82,77 +68,29 @@ TEST(JniRegistration, DetachedThreadIsAnError) {
     EXPECT_TRUE(java.registered.empty());
 }
 
-constexpr Geometry kSmall{64, 64, 64, 64};
-
-/** A Java writer object and its calls. */
-struct JavaWriter {
-    JavaWriter() {
-        setProperties("debug.quill.video.log.enable=0,debug.quill.host.x265.preset=ultrafast");
-        const CameraFrame shot = makeFrame(FORMAT_NV21, kSmall);
-        frame.assign(shot.bytes);
-        handle = nativeSetup(java.env(), FakeVm::asJava(&self));
-    }
-    jlong create() {
-        return nativeCreate(java.env(), FakeVm::asJava(&self), handle, 64, 64, 64, 64, FORMAT_NV21, 95, 0);
-    }
-    jlong process(FakeVm::Object* fd) {
-        return nativeProcessHeicPhotoFrame(java.env(), FakeVm::asJava(&self), handle, FakeVm::asJava(&frame),
-                                           FakeVm::asJava(&exif), fd == nullptr ? nullptr : FakeVm::asJava(fd));
-    }
-    void destroy() { nativeDestory(java.env(), FakeVm::asJava(&self), handle); }
-
-    FakeVm java;
-    FakeVm::Object self;
-    FakeVm::Array frame, exif;
-    jlong handle;
-};
-
 TEST(JniMethods, StillIsLoggedAndKeepsTheDescriptorOpen) {
     const LogCapture log;
-    JavaWriter writer;
-    EXPECT_EQ(0, writer.create());
-    EXPECT_EQ(-1, writer.process(nullptr));
-    EXPECT_THAT(log.of(kTag), ElementsAre("I/quality:95")) << "nothing is said of no descriptor";
-    const TemporaryFile file;
-    FakeVm::Object fd;
-    fd.fd = open(file.path().c_str(), O_WRONLY | O_CLOEXEC);
-    EXPECT_EQ(0, writer.process(&fd));
-    writer.destroy();
-    EXPECT_THAT(log.of(kTag), ElementsAre("I/quality:95", "D/native_setup: fd " + std::to_string(fd.fd)));
+    App app({"still", "", FORMAT_NV21, false, false, 64});
+    app.setUp();
+    EXPECT_EQ(0, app.write());
+    app.destroy();
+    EXPECT_THAT(log.of(kTag), ElementsAre("I/quality:90", "D/native_setup: fd " + std::to_string(app.outputFd.fd)));
     EXPECT_TRUE(log.has("D/QuillHeifWriter: ~QuillHeifWriter()")) << "the Java object's reference was the last";
-    EXPECT_EQ(0, close(fd.fd)) << "the descriptor stays the caller's";
+    EXPECT_NE(-1, fcntl(app.outputFd.fd, F_GETFD)) << "the descriptor stays the caller's";
 }
 
 TEST(JniMethods, ReadOnlyOutputIsLoggedForAnArrayButNotForABitmap) {
-    FakeVm java;
-    JNI_OnLoad(java.vm(), nullptr);
-    const TemporaryFile file;
-    FakeVm::Object object, options, video, output;
-    FakeVm::Array frame;
-    video.fd = file.fd();
-    options.fields["videoFd"] = FakeVm::asJava(&video);
-    output.fd = open(file.path().c_str(), O_RDONLY | O_CLOEXEC);
-    const auto write = [&](auto method, auto picture) {
-        return method(java.env(), FakeVm::asJava(&object), 0, picture, nullptr, FakeVm::asJava(&output),
-                      FakeVm::asJava(&options));
-    };
-    const LogCapture log;
-    EXPECT_EQ(-1, write(nativeCreateLivePhotoByBmp, FakeVm::asJava(&object)));
-    EXPECT_THAT(log.lines(), ElementsAre());
-    EXPECT_EQ(-1, write(nativeCreateLivePhoto, FakeVm::asJava(&frame)));
-    EXPECT_THAT(log.lines(), ElementsAre("E/NativeHeifWriter: File descriptor is not in read-write mode or write-only "
-                                         "mode!"));
-    EXPECT_THAT(java.thrown, ElementsAre()) << "before the handle is looked at";
-    close(output.fd);
-}
-
-TEST(JniMethods, GainMapMayBeAbsent) {
-    App app({"live", "", FORMAT_NV12, true, false, 64});
-    app.options.fields.erase("gainmapFd");
-    app.setUp();
-    EXPECT_EQ(0, app.write());
-    EXPECT_EQ(" still mpvd qext", app.fileText());
-    app.destroy();
+    for (const bool bitmap : {true, false}) {
+        App app({"live", "", FORMAT_RGBA8888, true, bitmap, 64});
+        app.outputFd.fd = open(app.output.path().c_str(), O_RDONLY | O_CLOEXEC);
+        const LogCapture log;
+        EXPECT_EQ(-1, app.write());
+        EXPECT_EQ(bitmap ? 0 : 1, log.count("E/NativeHeifWriter: File descriptor is not in read-write mode or "
+                                            "write-only mode!"));
+        EXPECT_EQ(bitmap ? 0u : 1u, log.lines().size());
+        EXPECT_THAT(app.java.thrown, ElementsAre()) << "before the handle is looked at";
+        close(app.outputFd.fd);
+    }
 }
 
 TEST(JniText, ModifiedUtf8BecomesStandard) {
@@ -176,20 +114,18 @@ TEST(JniText, ModifiedUtf8BecomesStandard) {
 }
 
 TEST(JniMethods, UnknownCallerThrows) {
-    JavaWriter writer;
+    FakeVm java;
+    FakeVm::Array frame;
     const LogCapture log;
-    writer.java.classesKnown = false;
-    EXPECT_EQ(-1, writer.process(nullptr));
-    EXPECT_THAT(writer.java.thrown, testing::IsEmpty()) << "a frame is refused without an exception";
-    EXPECT_EQ(-1, nativeSetup(writer.java.env(), FakeVm::asJava(&writer.self)));
-    EXPECT_EQ(-1, writer.create());
-    writer.destroy();
-    const std::string unknown = "E/Can't find com/quill/media/QuillHeifWriter";
+    java.classesKnown = false;
+    EXPECT_EQ(-1, nativeProcessHeicPhotoFrame(java.env(), nullptr, 0, FakeVm::asJava(&frame), nullptr, nullptr));
+    EXPECT_THAT(java.thrown, ElementsAre()) << "a frame is refused without an exception";
+    EXPECT_EQ(-1, nativeSetup(java.env(), nullptr));
+    EXPECT_EQ(-1, nativeCreate(java.env(), nullptr, 0, 64, 64, 64, 64, FORMAT_NV21, 95, 0));
+    nativeDestory(java.env(), nullptr, 0);
+    const std::string unknown = "E/Can't find com/quill/media/QuillHeifWriter", exception = "java/lang/Exception: ";
     EXPECT_THAT(log.of(kTag), ElementsAre("E/Input parameter is invalid!", unknown, unknown, unknown));
-    EXPECT_THAT(writer.java.thrown,
-                ElementsAre("java/lang/Exception: ", "java/lang/Exception: ", "java/lang/Exception: "));
-    writer.java.classesKnown = true;
-    writer.destroy();
+    EXPECT_THAT(java.thrown, ElementsAre(exception, exception, exception));
 }
 
 }  // namespace
