@@ -1,12 +1,11 @@
 #pragma once
 
-#include <stddef.h>
 #include <stdint.h>
 #include <stdio.h>
 #include <stdlib.h>
 
-#include <algorithm>
 #include <string>
+#include <string_view>
 
 namespace quill::fuzz {
 
@@ -20,11 +19,11 @@ inline void require(bool holds, const char* property) {
 /** A fuzzer's input as numbers and bytes, from its front to its end. Once it is spent, every number is 0. */
 class ByteSource {
   public:
-    ByteSource(const uint8_t* data, size_t size) : mNext(data), mLeft(size) {}
+    ByteSource(const uint8_t* data, size_t size) : mLeft(reinterpret_cast<const char*>(data), size) {}
 
-    bool isSpent() const { return mLeft == 0; }
+    bool isSpent() const { return mLeft.empty(); }
     /** Below 256. */
-    int32_t byte() { return mLeft == 0 ? 0 : (--mLeft, *mNext++); }
+    int32_t byte() { return static_cast<uint8_t>(bytes(1).c_str()[0]); }
     /** Below 65536. */
     int32_t number() {
         const int32_t high = byte();
@@ -32,15 +31,13 @@ class ByteSource {
     }
     /** Up to `count` bytes; fewer at the end of the input. */
     std::string bytes(size_t count) {
-        const size_t taken = std::min(count, mLeft);
-        mNext += taken;
-        mLeft -= taken;
-        return {reinterpret_cast<const char*>(mNext) - taken, taken};
+        std::string taken(mLeft.substr(0, count));
+        mLeft.remove_prefix(taken.size());
+        return taken;
     }
 
   private:
-    const uint8_t* mNext;
-    size_t mLeft;
+    std::string_view mLeft;
 };
 
 }  // namespace quill::fuzz

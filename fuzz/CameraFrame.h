@@ -1,29 +1,17 @@
 #pragma once
 
-#include <memory>
+#include <vector>
 
 #include "ByteSource.h"
 #include "Frame.h"
 
 namespace quill::fuzz {
 
-/**
- * A heap block that is used again and again from wherever makes the bytes in use its last ones: a step past them is one
- * past the block, which the sanitizers see.
- */
-class TailBlock {
-  public:
-    explicit TailBlock(int64_t capacity) : mCapacity(capacity), mData(new uint8_t[static_cast<size_t>(capacity)]()) {}
-
-    uint8_t* last(int64_t bytes) {
-        require(bytes <= mCapacity, "a small frame");
-        return mData.get() + mCapacity - bytes;
-    }
-
-  private:
-    const int64_t mCapacity;
-    const std::unique_ptr<uint8_t[]> mData;
-};
+/** The last bytes of a heap block that is used again and again: a step past them is one that the sanitizers see. */
+inline uint8_t* lastOf(std::vector<uint8_t>& block, int64_t bytes) {
+    require(bytes <= static_cast<int64_t>(block.size()), "a small frame");
+    return block.data() + block.size() - bytes;
+}
 
 /** A frame of any format and geometry; one that is not sane or is larger than `kLargest` bytes has no bytes. */
 struct CameraFrame {
@@ -38,8 +26,8 @@ struct CameraFrame {
         if (!geometry.isSane()) return;
         const android::FrameBytes size = android::frameBytes(format.code, geometry);
         require(0 <= size.least && size.least <= size.whole && size.whole <= INT32_MAX, "sizes of a frame");
-        static TailBlock block(kLargest);
-        if (size.whole <= kLargest) bytes = block.last(size.whole);
+        static std::vector<uint8_t> block(kLargest);
+        if (size.whole <= kLargest) bytes = lastOf(block, size.whole);
     }
 
     const android::FrameFormat& format;

@@ -29,12 +29,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (frame.bytes == nullptr) return 0;
     const FrameGeometry& g = frame.geometry;
     const ThumbnailSize small{2 * (1 + script.byte() % 16), 2 * (1 + script.byte() % 16)};
-    static TailBlock thumbnails(4096), frames(4 * CameraFrame::kLargest);
-    uint8_t* const thumbnail = thumbnails.last(small.yuvBytes());
+    static std::vector<uint8_t> thumbnails(4096), frames(4 * CameraFrame::kLargest);
+    uint8_t* const thumbnail = lastOf(thumbnails, small.yuvBytes());
 
     if (frame.format.hasVBeforeU) swapChromaPairs(frame.bytes, g);
     sampleThumbnail(frame.bytes, frame.format, g, small, thumbnail);
-    uint8_t* const nv12 = frames.last(nv12Bytes(g));
+    uint8_t* const nv12 = lastOf(frames, nv12Bytes(g));
     convert(frame, nv12);
     downscaleNv12(nv12, g, small, thumbnail);
     if (script.byte() != 1) return 0;

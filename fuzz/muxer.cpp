@@ -33,10 +33,9 @@ sp<AMessage> anyFormat(ByteSource& script) {
 }
 
 void checkFile(int fd) {
-    std::string file(static_cast<size_t>(lseek(fd, 0, SEEK_END)), '\0');
-    require(pread(fd, file.data(), file.size(), 0) == static_cast<ssize_t>(file.size()), "a file that can be read");
     heif_context* const context = heif_context_alloc();
-    const heif_error error = heif_context_read_from_memory_without_copy(context, file.data(), file.size(), nullptr);
+    const heif_error error =
+            heif_context_read_from_file(context, ("/proc/self/fd/" + std::to_string(fd)).c_str(), nullptr);
     if (error.code != heif_error_Ok) fprintf(stderr, "libheif: %s\n", error.message);
     require(error.code == heif_error_Ok && heif_context_get_number_of_top_level_images(context) > 0, "a HEIF file");
     heif_context_free(context);

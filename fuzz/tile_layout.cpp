@@ -13,15 +13,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const FrameGeometry& g = frame.geometry;
     const int32_t tiles = ((g.width - 1) / kTileSide + 1) * ((g.height - 1) / kTileSide + 1);
     const int32_t tile = script.number() % tiles;
-    static TailBlock block(int64_t{4} * (kTileSide + kWidestGap) * kTileSide);
-    copyTile(block.last(tileBytes(frame.format)), frame.bytes, tileCopies(frame.format, g, tileArea(g, tile)));
+    static std::vector<uint8_t> block(size_t{4} * (kTileSide + kWidestGap) * kTileSide);
+    copyTile(lastOf(block, tileBytes(frame.format)), frame.bytes, tileCopies(frame.format, g, tileArea(g, tile)));
 
     // Many pixels that repeat the edge take a millisecond and show nothing that a few do not.
     constexpr int32_t kManyPixels = 8192;
     const bool isFilledSoon = (kTileSide - std::min(kTileSide, g.width)) * g.sliceHeight < kManyPixels;
     if (frame.format.chroma == Chroma::kPlanar || !isFilledSoon) return 0;
     const int64_t stride = kTileSide + script.byte() % kWidestGap;
-    uint8_t* const surface = block.last(frame.format.bytes(stride * kTileSide));
+    uint8_t* const surface = lastOf(block, frame.format.bytes(stride * kTileSide));
     fillSurfaceTile(surface, frame.bytes, frame.format, g, tile, {stride, kTileSide});
     return 0;
 }
