@@ -12,9 +12,7 @@ namespace {
 
 using namespace android;
 using namespace quill::test;
-using android::camera3::FrameRateMaps;
-using android::camera3::HeicEncoderInfoManager;
-using android::camera3::SizePairHash;
+using namespace android::camera3;
 using Lines = std::vector<std::string>;
 
 const std::string kAdopted = "c2.test.hevc.encoder", kTaken = "64x64-4096x4096";

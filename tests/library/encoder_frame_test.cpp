@@ -17,10 +17,7 @@ namespace {
 
 using namespace android;
 using namespace quill::test;
-using quill::host::CallLog;
-using quill::host::Clock;
-using quill::host::Fault;
-using quill::host::Faults;
+using namespace quill::host;
 using testing::Each;
 using testing::ElementsAre;
 

@@ -42,15 +42,12 @@ TEST(Lease, LoanGivesBackWhatItHasTakenAndNothingElse) {
 }
 
 TEST(Lease, OwnerHasTheThingToItselfOnceItIsReturned) {
-    constexpr int kRounds = 300, kOwners = -1;
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < 300; ++round) {
         Lease lease;
         int lent = 0;  // no atomic: the lease orders what is done with it
         std::atomic<bool> taken{false};
         std::thread borrower([&] {
-            for (;;) {
-                const Loan loan(lease);
-                if (!loan) return;
+            while (const Loan loan{lease}) {
                 taken = true;
                 while (round % 2 == 0 && !lease.isRevoked()) std::this_thread::yield();
                 lent = round;
@@ -60,9 +57,9 @@ TEST(Lease, OwnerHasTheThingToItselfOnceItIsReturned) {
         const bool wasInUse = lease.revoke();
         lease.awaitReturn();
         EXPECT_TRUE(round % 2 != 0 || (wasInUse && lent == round)) << "back before the owner went on";
-        lent = kOwners;
+        lent = -1;
         borrower.join();
-        EXPECT_EQ(kOwners, lent);
+        EXPECT_EQ(-1, lent);
     }
 }
 
