@@ -1,5 +1,4 @@
-// Runs a target over the inputs kept in a folder. The name on the last line is that of the input that a crash came
-// from.
+// Runs a target over the inputs kept in a folder. The last line names the input that a crash came from.
 #include <stdint.h>
 #include <stdio.h>
 

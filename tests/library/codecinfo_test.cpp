@@ -3,6 +3,7 @@
 
 #include <media/stagefright/foundation/AString.h>
 
+#include "Faults.h"
 #include "HeicEncoderInfoManager.h"
 #include "support/ChildProcess.h"
 #include "support/LogCapture.h"
@@ -123,6 +124,8 @@ TEST(HeicEncoderInfo, LinesTellWhatIsKnownAndWhatIsWrong) {
               "whole " + kAdopted}},
     };
     for (const auto& [codecs, lines] : kCases) EXPECT_EQ(lines, linesOn(codecs)) << codecs;
+    quill::host::Faults::instance().inject("MediaCodecList::getInstance", quill::host::Fault::failing(-1));
+    EXPECT_EQ((Lines{nothing, no}), linesOn(kHevc)) << "without a list";
 }
 
 TEST(HeicEncoderInfo, NameMayBeLeftOutAndGridMayNot) {

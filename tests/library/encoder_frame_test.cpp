@@ -18,7 +18,6 @@ namespace {
 using namespace android;
 using namespace quill::test;
 using namespace quill::host;
-using testing::Each;
 using testing::ElementsAre;
 
 constexpr char kDequeueOutput[] = "MediaCodec::dequeueOutputBuffer";
@@ -59,8 +58,8 @@ TEST(EncoderFrame, EveryTileIsQueuedOnceWithItsTime) {
     }
     EXPECT_THAT(queued, ElementsAre("0 393216 132 0", "0 393216 166798 0", "0 393216 333465 0", "0 393216 500132 0",
                                     "0 393216 666798 0", "0 393216 833465 0"));
-    EXPECT_THAT(CallLog::instance().of("MediaCodec::dequeueInputBuffer"), Each("0"));
-    EXPECT_THAT(CallLog::instance().of(kDequeueOutput), Each("10000"));
+    EXPECT_THAT(CallLog::instance().of("MediaCodec::dequeueInputBuffer"), testing::Each("0"));
+    EXPECT_THAT(CallLog::instance().of(kDequeueOutput), testing::Each("10000"));
     EXPECT_EQ(6u, coding.out.size());
     EXPECT_EQ(7, coding.calls("MediaCodec::releaseOutputBuffer")) << "the parameter sets are given back, not kept";
     EXPECT_THAT(coding.log.of("QuillHeifEncoder"), ElementsAre("E/encode heif (err 0(NO_ERROR))"));
@@ -127,8 +126,7 @@ TEST(EncoderFrame, RetryBudgetIsOneFramesAndNewsCostNone) {
 TEST(EncoderFrame, FailedQueueStopsNoOtherTile) {
     Encoding coding({1000, 700, 1024, 704});
     fail("MediaCodec::queueInputBuffer", NO_MEMORY);
-    EXPECT_EQ(OK, coding.encoder->queueInputDataToByteBuffer(coding.frame.bytes.data(), 1500))
-            << "the last one's status";
+    EXPECT_EQ(OK, coding.encoder->queueInputDataToByteBuffer(coding.frame.bytes.data(), 1500)) << "the last one's";
     EXPECT_EQ(4, coding.calls("MediaCodec::queueInputBuffer"));
 }
 
