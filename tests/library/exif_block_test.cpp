@@ -101,7 +101,6 @@ TEST(WriterExif, OutcomeAndPropertiesDecide) {
         EXPECT_EQ(test.line == "AnalysisExif begin", isWanted(test.block)) << test.properties;
         EXPECT_EQ("D/QuillHeifWriter: " + test.line, log.lines().back()) << test.properties;
     }
-    setProperties(kApi31);
     Faults::instance().reset();
     Faults::instance().inject("property_get", quill::host::Fault::failing(-1));
     EXPECT_FALSE(isWanted(kExif + tiff(3, 0))) << "a property that cannot be read is unset";

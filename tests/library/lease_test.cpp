@@ -36,7 +36,8 @@ TEST(Lease, LoanGivesBackWhatItHasTakenAndNothingElse) {
     Lease lease;
     {
         const Loan loan(lease);
-        EXPECT_TRUE(loan && !Loan(lease) && lease.isInUse());
+        EXPECT_TRUE(loan && !Loan(lease));
+        EXPECT_TRUE(lease.isInUse()) << "the first one's still";
     }
     EXPECT_FALSE(lease.isInUse());
 }
