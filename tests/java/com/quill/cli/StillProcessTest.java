@@ -1,8 +1,12 @@
 package com.quill.cli;
 
+import static org.junit.jupiter.api.Assertions.assertArrayEquals;
+import static org.junit.jupiter.api.Assertions.assertDoesNotThrow;
 import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertNotNull;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
+import java.io.BufferedReader;
 import java.io.IOException;
 import java.nio.ByteOrder;
 import java.nio.charset.StandardCharsets;
@@ -11,92 +15,59 @@ import java.nio.file.Files;
 import java.nio.file.Path;
 import java.nio.file.StandardWatchEventKinds;
 import java.nio.file.WatchService;
-import java.util.ArrayDeque;
 import java.util.ArrayList;
-import java.util.Deque;
 import java.util.HashMap;
 import java.util.List;
 import java.util.Map;
-import java.util.TreeMap;
+import java.util.Random;
 import java.util.concurrent.TimeUnit;
 import java.util.regex.Matcher;
 import java.util.regex.Pattern;
-import java.util.stream.Collectors;
-import java.util.stream.Stream;
 import org.junit.jupiter.api.Test;
-import org.junit.jupiter.api.io.TempDir;
+import org.junit.jupiter.params.ParameterizedTest;
+import org.junit.jupiter.params.provider.CsvSource;
 
 /** The command as a process of its own, where the system's limits and signals reach it. */
-class StillProcessTest {
+class StillProcessTest extends CommandFixture {
     private static final Pattern kTraceEvent = Pattern.compile(
             "\\{\"ph\":\"(.)\".*?\"tid\":(\\d+),\"name\":\"(.*?)\"(?:,\"args\":\\{\"name\":\"(.*?)\"\\})?\\}");
 
-    @TempDir
-    Path mFolder;
+    private Path mPhoto;
 
-    /** Starts the command behind a shell that first runs {@code setUp}. */
-    private Process start(String setUp, String... arguments) throws IOException {
-        List<String> command = new ArrayList<>(List.of("bash", "-c", setUp + "exec \"$@\"", "bash"));
-        command.addAll(Programs.java(Quill.class, "still"));
-        command.addAll(List.of(arguments));
-        return new ProcessBuilder(command).redirectErrorStream(true).start();
+    StillProcessTest() {
+        super("still");
+    }
+
+    /** Starts the command for a photograph, behind a shell that first runs {@code setUp}. */
+    private Process start(String setUp, int width, int height, Object... options) throws IOException {
+        mPhoto = Pictures.writeJpeg(in("photo.jpg"), Pictures.picture(width, height, false),
+                Pictures.exif(ByteOrder.LITTLE_ENDIAN, 1));
+        List<String> command = new ArrayList<>(List.of("bash", "-c", setUp + "; exec \"$@\"", "bash"));
+        command.addAll(java(Quill.class, "still", mPhoto));
+        for (Object option : options) command.add(option.toString());
+        return new ProcessBuilder(command).directory(mFolder.toFile()).redirectErrorStream(true).start();
     }
 
     private static String output(Process process) throws IOException {
         return new String(process.getInputStream().readAllBytes(), StandardCharsets.UTF_8);
     }
 
-    private List<String> files() throws IOException {
-        try (Stream<Path> files = Files.list(mFolder)) {
-            return files.map(file -> file.getFileName().toString()).sorted().collect(Collectors.toList());
-        }
-    }
-
-    /** Sections by thread, in order, each behind those that it lies in. */
-    private static Map<String, List<String>> sections(String trace) {
-        Map<String, String> threads = new HashMap<>();
-        Map<String, Deque<String>> open = new HashMap<>();
-        Map<String, List<String>> sections = new TreeMap<>();
-        Matcher event = kTraceEvent.matcher(trace);
-        while (event.find()) {
-            String kind = event.group(1), thread = event.group(2);
-            Deque<String> path = open.computeIfAbsent(thread, tid -> new ArrayDeque<>());
-            if (kind.equals("M")) threads.put(thread, event.group(4));
-            if (kind.equals("E")) path.removeLast();
-            if (!kind.equals("B")) continue;
-            path.addLast(event.group(3));
-            sections.computeIfAbsent(threads.get(thread), name -> new ArrayList<>()).add(String.join(" > ", path));
-        }
-        open.values().forEach(path -> assertEquals(0, path.size(), "left open: " + path));
-        return sections;
-    }
-
-    @Test
-    void still_FullDiskIsReportedAndLeavesNothing() throws Exception {
-        Path photo = Pictures.writeJpeg(mFolder.resolve("photo.jpg"), 1600, 1200);
-        // A limit for files stands for a full disk, with room for less than the still. The JVM's own file of counters
-        // would not fit either.
-        Process process = start("ulimit -f 20; export JAVA_TOOL_OPTIONS=-XX:-UsePerfData; ", photo.toString());
+    /** A limit for files stands for a full disk; the JVM's own file of counters would not fit either. */
+    @ParameterizedTest
+    @CsvSource(delimiter = '|', value = {
+        "ulimit -f 20; export JAVA_TOOL_OPTIONS=-XX:-UsePerfData | 1600 | i420 | the output cannot be written: File too",
+        "export QUILL_DEVICE=no-encoder | 96 | rgba | the encoder refuses a picture of 96x64 rgba"})
+    void still_FailureIsReportedAndLeavesNothing(String setUp, int width, String format, String why) throws Exception {
+        Process process = start(setUp, width, width * 2 / 3, "--format", format);
         String output = output(process);
         assertEquals(1, process.waitFor(), output);
-        assertTrue(output.contains("photo.jpg: the output cannot be written: File too large"), output);
-        assertEquals(List.of("photo.jpg"), files());
-    }
-
-    @Test
-    void still_RefusalByTheEncoderNamesThePictureAndLeavesNothing() throws Exception {
-        Path photo = Pictures.writeJpeg(mFolder.resolve("photo.jpg"), 96, 64);
-        Process process = start("export QUILL_DEVICE=no-encoder; ", photo.toString(), "--format", "rgba");
-        String output = output(process);
-        assertEquals(1, process.waitFor(), output);
-        assertTrue(output.contains("photo.jpg: the encoder refuses a picture of 96x64 rgba"), output);
-        assertEquals(List.of("photo.jpg"), files());
+        assertTrue(output.contains("photo.jpg: " + why), output);
+        assertEquals(List.of("photo.jpg"), files(mFolder));
     }
 
     @Test
     void still_WaitsLongerForASlowPresetOnTheStretchedClock() throws Exception {
-        Path photo = Pictures.writeJpeg(mFolder.resolve("photo.jpg"), 1200, 900);
-        Process process = start("export QUILL_CLOCK_STRETCH=300; ", photo.toString(), "--preset", "placebo");
+        Process process = start("export QUILL_CLOCK_STRETCH=300", 1200, 900, "--preset", "placebo");
         // A poll of 2 ms, or more; a picture of a megapixel makes each five times as long at this preset.
         Matcher seconds = Pattern.compile("([0-9.]+) s\\R").matcher(output(process));
         assertTrue(seconds.find() && Double.parseDouble(seconds.group(1)) >= 3.2, seconds::toString);
@@ -104,42 +75,83 @@ class StillProcessTest {
 
     @Test
     void still_PipeIsNeitherReadNorReplaced() throws Exception {
-        Path photo = Pictures.writeJpeg(mFolder.resolve("photo.jpg"), 96, 64);
-        Path pipe = mFolder.resolve("pipe");
-        Process process = start("mkfifo " + pipe + "; ", photo.toString(), "-o", pipe.toString());
-        assertTrue(output(process).contains("photo.jpg: the output " + pipe + " is not a regular file"));
-        process = start("", pipe.toString());
-        assertTrue(output(process).contains("pipe: is not a regular file"));
-        assertEquals(List.of("photo.jpg", "pipe"), files());
+        String output = output(start("mkfifo pipe", 96, 64, "-o", "pipe"));
+        assertTrue(output.contains("photo.jpg: the output pipe is not a regular file"), output);
+        assertFails(1, "pipe: is not a regular file", in("pipe"));
+        assertEquals(List.of("photo.jpg", "pipe"), files(mFolder));
     }
 
     @Test
     void still_InterruptedRunRemovesItsUnfinishedFile() throws Exception {
-        Path photo = Pictures.writeJpeg(mFolder.resolve("photo.jpg"), 4000, 3000);
         try (WatchService watch = FileSystems.getDefault().newWatchService()) {
+            Process process = start("true", 4000, 3000);
             mFolder.register(watch, StandardWatchEventKinds.ENTRY_CREATE);
-            Process process = start("", photo.toString());
             assertTrue(watch.poll(60, TimeUnit.SECONDS) != null, "no output was begun");
             process.destroy();  // a SIGTERM, which ends a JVM as Ctrl-C does
             assertTrue(process.waitFor() != 0, "the signal came too late");
         }
-        assertEquals(List.of("photo.jpg"), files());
+        assertEquals(List.of("photo.jpg"), files(mFolder));
     }
 
     @Test
     void still_TraceNestsItsStepsByThread() throws Exception {
-        Path photo = mFolder.resolve("photo.jpg");
-        Path trace = mFolder.resolve("trace.json");
-        Files.write(photo, Pictures.jpegWithExif(640, 480, Pictures.exif(ByteOrder.LITTLE_ENDIAN, 1)));
-        Process process = start("export QUILL_TRACE=" + trace + "; ", photo.toString());
+        Process process = start("export QUILL_TRACE=trace.json", 640, 480);
         assertEquals(0, process.waitFor(), output(process));
-        assertEquals(
-                Map.of("java",
-                        List.of("start", "start > initEncoder", "processInputFrame", "processInputFrame > analysisExif",
-                                "processInputFrame > saveYuvBuf", "processInputFrame > alterExif"),
-                        "QuillHeifWriter",
-                        List.of("onMessageReceived", "onMessageReceived > addYuvBuffer",
-                                "onMessageReceived > addYuvBuffer > onOutputBufferReceived")),
-                sections(Files.readString(trace)));
+        Map<String, String> threads = new HashMap<>();
+        Map<String, String> steps = new HashMap<>();
+        Matcher event = kTraceEvent.matcher(Files.readString(in("trace.json")));
+        while (event.find()) {
+            String thread = threads.get(event.group(2));
+            if (event.group(1).equals("M")) threads.put(event.group(2), event.group(4));
+            if (event.group(1).equals("B")) steps.merge(thread, event.group(3) + "(", String::concat);
+            if (event.group(1).equals("E")) steps.merge(thread, ")", String::concat);
+        }
+        assertEquals(Map.of("java", "start(initEncoder())processInputFrame(analysisExif()saveYuvBuf()alterExif())",
+                "QuillHeifWriter", "onMessageReceived(addYuvBuffer(onOutputBufferReceived()))"), steps);
+    }
+
+    /** Writes two stills and a live photo over and over; its arguments are files and folders of the test. */
+    static final class Loop {
+        public static void main(String[] paths) {
+            for (;;) {
+                Quill.commandLine().execute("still", paths[0], paths[1], "-d", paths[2], "--format", "nv12");
+                Quill.commandLine().execute("live", paths[0], "--video", paths[3], "--extender", paths[4], "-o",
+                        paths[2] + "/live.heic");
+            }
+        }
+    }
+
+    /** Ends a loop at a random moment; the files that it leaves. */
+    private List<String> filesOfKilled(Random random, Object... paths) throws Exception {
+        Process process = new ProcessBuilder(java(Loop.class, paths)).redirectErrorStream(true).start();
+        BufferedReader reports = process.inputReader();
+        for (int files = random.nextInt(6); files >= 0; --files) assertNotNull(reports.readLine());
+        process.waitFor(random.nextInt(300), TimeUnit.MILLISECONDS);  // about a file more
+        process.destroyForcibly().waitFor();  // a SIGKILL
+        return files(in("out"));
+    }
+
+    @Test
+    void kill_LeavesWholeFilesAndUnfinishedOnesUnderAHiddenName() throws Exception {
+        Path small = Pictures.writeJpeg(in("small.jpg"), 320, 240);
+        Path large = Pictures.writeJpeg(in("large.jpg"), 800, 600);
+        Path extender = Files.write(in("extender"), new byte[1 << 20]);
+        Path out = Files.createDirectory(in("out"));
+        Random random = new Random(20240229);
+        List<String> names = List.of();
+        for (int i = 0; i < 10; ++i) {
+            names = filesOfKilled(random, small, large, out, kClip, extender);
+            for (String name : names) {
+                Path file = out.resolve(name);
+                if (name.matches("\\.[0-9a-z]+\\.heic\\.part")) continue;
+                assertTrue(name.matches("(large|live|small)\\.heic"), name);
+                assertDoesNotThrow(() -> HeifFileCheck.check(file), name);
+                program("heif-info", file);
+                if (!name.equals("live.heic")) continue;
+                assertArrayEquals(Files.readAllBytes(kClip), program("exiftool", "-b", "-MotionPhotoVideo", file));
+            }
+        }
+        assertTrue(names.containsAll(List.of("large.heic", "live.heic", "small.heic")), names::toString);
+        assertTrue(names.size() > 3, "no try fell into the writing of a file");
     }
 }

@@ -6,7 +6,9 @@ import static org.junit.jupiter.api.Assertions.assertThrows;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import android.graphics.Bitmap;
+import com.quill.cli.CommandFixture;
 import com.quill.media.HeifWriteException.Content;
+import java.io.File;
 import java.io.FileDescriptor;
 import java.io.FileInputStream;
 import java.io.FileOutputStream;
@@ -19,22 +21,116 @@ import java.nio.file.DirectoryStream;
 import java.nio.file.Files;
 import java.nio.file.Path;
 import java.util.Arrays;
+import java.util.List;
 import java.util.Map;
 import java.util.stream.Stream;
+import org.junit.jupiter.api.AfterEach;
+import org.junit.jupiter.api.BeforeEach;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.api.function.Executable;
+import org.junit.jupiter.api.io.TempDir;
 import org.junit.jupiter.params.ParameterizedTest;
 import org.junit.jupiter.params.provider.EnumSource;
 
-/** What the class refuses, what a refused call leaves possible, and what it says about the file when a call fails. */
-class QuillHeifWriterTest extends PhotoFixture {
-    private static void assertIllegal(String part, Executable call) {
-        String message = assertThrows(IllegalArgumentException.class, call).getMessage();
+/** What the class and its native methods refuse, what that leaves possible, and what is in the file when a call fails. */
+class QuillHeifWriterTest {
+    static final FrameLayout kLayout = FrameLayout.evenlyPadded(96, 80, ColorFormat.RGBA8888);
+    static final byte[] kFrame = bytes((int) kLayout.frameBytes(), 37);
+    private static final byte[] kVideo = bytes(9001, 3);
+
+    @TempDir
+    Path mFolder;
+
+    private final QuillHeifWriter.Options mOptions = new QuillHeifWriter.Options();
+    private RandomAccessFile mVideo;
+    private RandomAccessFile mOutput;
+    private FileDescriptor mFd;
+
+    enum Call {
+        PHOTO, LIVE_PHOTO, LIVE_BITMAP;
+
+        void run(QuillHeifWriter writer, FileDescriptor fd, QuillHeifWriter.Options options) throws IOException {
+            if (this == PHOTO) writer.writePhoto(kFrame, null, fd);
+            if (this == LIVE_PHOTO) writer.writeLivePhoto(kFrame, null, fd, options);
+            if (this == LIVE_BITMAP) writer.writeLivePhoto(bitmap(), null, fd, options);
+        }
+
+        /** Without the checks of the Java class; {@code writer} is only there to call on. */
+        long runNative(QuillHeifWriter writer, long handle, byte[] frame, Bitmap bitmap, FileDescriptor fd,
+                QuillHeifWriter.Options options) {
+            if (this == PHOTO) return writer.nativeProcessHeicPhotoFrame(handle, frame, null, fd);
+            if (this == LIVE_PHOTO) return writer.nativeCreateLivePhoto(handle, frame, null, fd, options);
+            return writer.nativeCreateLivePhotoByBmp(handle, bitmap, null, fd, options);
+        }
+    }
+
+    @BeforeEach
+    void openFiles() throws IOException {
+        mVideo = open("clip", kVideo);
+        mOptions.setVideoFd(mVideo.getFD());
+        mOutput = open("photo.heic", new byte[0]);
+        mFd = mOutput.getFD();
+    }
+
+    @AfterEach
+    void closeFiles() throws IOException {
+        mVideo.close();
+        mOutput.close();
+    }
+
+    /** Without equal neighbours. */
+    private static byte[] bytes(int count, int step) {
+        byte[] bytes = new byte[count];
+        for (int i = 0; i < count; ++i) bytes[i] = (byte) (i * step + i / 100);
+        return bytes;
+    }
+
+    private static Bitmap bitmap() {
+        Bitmap bitmap = Bitmap.createBitmap(kLayout.width(), kLayout.height(), Bitmap.Config.ARGB_8888);
+        bitmap.copyPixelsFromBuffer(ByteBuffer.wrap(kFrame));
+        return bitmap;
+    }
+
+    static QuillHeifWriter writer() {
+        return new QuillHeifWriter(kLayout, 90, 0);
+    }
+
+    private static long nativeWriter(QuillHeifWriter writer, FrameLayout layout) {
+        long handle = writer.nativeSetup();
+        assertEquals(0, writer.nativeCreate(handle, layout.width(), layout.height(), layout.stride(),
+                layout.sliceHeight(), layout.format().code(), 90, 0));
+        return handle;
+    }
+
+    private Path in(String name) {
+        return mFolder.resolve(name);
+    }
+
+    private RandomAccessFile open(String name, byte[] content) throws IOException {
+        return new RandomAccessFile(Files.write(in(name), content).toFile(), "rw");
+    }
+
+    /** Has a fresh writer write to the emptied output. */
+    private byte[] write(Call call) throws IOException {
+        mOutput.setLength(0);
+        mOutput.seek(0);
+        try (QuillHeifWriter writer = writer()) {
+            call.run(writer, mFd, mOptions);
+        }
+        return Files.readAllBytes(in("photo.heic"));
+    }
+
+    private static <T extends Throwable> void assertThrown(Class<T> kind, String part, Executable call) {
+        String message = assertThrows(kind, call).getMessage();
         assertTrue(message.contains(part), message);
     }
 
+    private static void assertIllegal(String part, Executable call) {
+        assertThrown(IllegalArgumentException.class, part, call);
+    }
+
     private static void assertNull(String name, Executable call) {
-        assertEquals(name, assertThrows(NullPointerException.class, call).getMessage());
+        assertThrown(NullPointerException.class, name, call);
     }
 
     private static void assertFails(Content content, String part, Executable call) {
@@ -113,7 +209,7 @@ class QuillHeifWriterTest extends PhotoFixture {
                     () -> Call.LIVE_PHOTO.run(writer, writeOnly.getFD(), mOptions));
             mOutput.seek(1);
             assertFails(Content.UNCHANGED, "fd does not stand", () -> Call.PHOTO.run(writer, mFd, null));
-            assertEquals(0, written().length);
+            assertEquals(0, mOutput.length());
             Call.PHOTO.run(writer, writeOnly.getFD(), null);  // nothing of it used the writer up
         }
     }
@@ -127,30 +223,22 @@ class QuillHeifWriterTest extends PhotoFixture {
         assertThrows(IllegalStateException.class, () -> call.run(closed, mFd, mOptions));
         try (QuillHeifWriter writer = writer()) {
             call.run(writer, mFd, mOptions);
-            byte[] photo = written();
+            long photo = mOutput.length();
             for (Call second : Call.values()) {
                 assertThrows(IllegalStateException.class, () -> second.run(writer, mFd, mOptions));
             }
-            assertArrayEquals(photo, written());
+            assertEquals(photo, mOutput.length());
         }
     }
 
     @Test
-    void livePhoto_OfFrameAndBitmapAreTheSameAndHaveAllSectionsInOrder() throws IOException {
-        byte[] gainmap = bytes(4096, 5);
-        byte[] sections = ByteBuffer.allocate(3 * 8 + kVideo.length + gainmap.length)
-                .putInt(8 + kVideo.length).put("mpvd".getBytes(StandardCharsets.US_ASCII)).put(kVideo)
-                .putInt(8 + gainmap.length).put("gain".getBytes(StandardCharsets.US_ASCII)).put(gainmap)
-                .putInt(8).put("qext".getBytes(StandardCharsets.US_ASCII)).array();
-        try (RandomAccessFile file = open("gain.jpg", gainmap)) {
-            mOptions.setGainmapFd(file.getFD()).setFileExtender(new byte[0]);
-            mOptions.setXmpData("<x:xmpmeta xmlns:x=\"adobe:ns:meta/\">Straße \uD83D\uDE00</x:xmpmeta>");
-            mVideo.seek(17);
-            byte[] photo = write(Call.LIVE_PHOTO);
-            assertArrayEquals(sections, Arrays.copyOfRange(photo, photo.length - sections.length, photo.length));
-            assertTrue(new String(photo, StandardCharsets.UTF_8).contains(">Straße \uD83D\uDE00</"));
-            assertArrayEquals(photo, write(Call.LIVE_BITMAP));
-        }
+    void livePhoto_OfFrameAndBitmapAreTheSameAndReadTheVideoFromItsStart() throws IOException {
+        mOptions.setFileExtender(new byte[0]).setXmpData("<x:xmpmeta xmlns:x=\"adobe:ns:meta/\"/>");
+        mVideo.seek(17);
+        byte[] photo = write(Call.LIVE_PHOTO);
+        byte[] end = ByteBuffer.allocate(kVideo.length + 8).put(kVideo).putInt(8).put("qext".getBytes()).array();
+        assertArrayEquals(end, Arrays.copyOfRange(photo, photo.length - end.length, photo.length));
+        assertArrayEquals(photo, write(Call.LIVE_BITMAP));
     }
 
     /** No file of this process grows beyond a length in bytes, as on a file system that is full then. */
@@ -199,5 +287,117 @@ class QuillHeifWriterTest extends PhotoFixture {
         app.interrupt();
         assertTrue(mVideo.length() == kVideo.length && mOutput.length() == photo.length, "after");
         assertTrue(Thread.interrupted());
+    }
+
+    private static void assertNotSetUp(String who, Executable call) {
+        assertThrown(IllegalStateException.class, who + " was not set up correctly", call);
+    }
+
+    @Test
+    void native_ZeroHandlesThrowAndMissingArgumentsGiveMinusOne() throws Exception {
+        QuillHeifWriter writer = writer();
+        long handle = nativeWriter(writer, kLayout);
+        Bitmap recycled = bitmap();
+        recycled.recycle();
+        assertNotSetUp("Writer", () -> writer.nativeCreate(0, 96, 80, 96, 80, 3, 90, 0));
+        assertNotSetUp("Muxer", () -> writer.nativeDestory(0));
+        QuillHeifWriter.Options none = new QuillHeifWriter.Options();
+        QuillHeifWriter.Options closed = new QuillHeifWriter.Options().setVideoFd(new FileDescriptor());
+        for (Call call : Call.values()) {
+            assertNotSetUp("Muxer", () -> call.runNative(writer, 0, kFrame, bitmap(), mFd, mOptions));
+            assertEquals(-1, call.runNative(writer, handle, null, null, mFd, mOptions));
+            assertEquals(-1, call.runNative(writer, handle, new byte[0], recycled, mFd, mOptions));
+            assertEquals(-1, call.runNative(writer, handle, kFrame, bitmap(), null, mOptions));
+            for (QuillHeifWriter.Options options : new QuillHeifWriter.Options[] {null, none, closed}) {
+                if (call == Call.PHOTO) continue;
+                assertEquals(-1, call.runNative(writer, handle, kFrame, bitmap(), mFd, options));
+            }
+        }
+        assertEquals(0, mOutput.length());
+        writer.nativeDestory(handle);
+        writer.close();
+    }
+
+    /** What may be missing of a frame array: the tail of its last chroma row that holds nothing of the picture. */
+    @ParameterizedTest
+    @EnumSource
+    void native_FrameIsTakenUnlessPartOfThePictureIsMissing(ColorFormat format) throws Exception {
+        FrameLayout layout = new FrameLayout(96, 80, 112, 80, format);
+        int chroma = 112 * 80;
+        for (long length : new long[] {layout.frameBytes(), layout.leastFrameBytes(), layout.leastFrameBytes() - 1}) {
+            boolean taken = length >= layout.leastFrameBytes();
+            byte[] frame = bytes((int) length, 37);
+            byte first = frame[format == ColorFormat.NV21 && taken ? chroma + 1 : chroma];
+            mOutput.setLength(0);
+            mOutput.seek(0);
+            try (QuillHeifWriter writer = writer()) {
+                long handle = nativeWriter(writer, layout);
+                assertEquals(taken ? 0 : -1, Call.PHOTO.runNative(writer, handle, frame, null, mFd, null));
+                writer.nativeDestory(handle);
+            }
+            assertEquals(taken, mOutput.length() > 0);
+            assertEquals(first, frame[chroma], "NV21 is in NV12 order afterwards");
+        }
+    }
+
+    /** Descriptors and threads of this process. */
+    private static String held() {
+        return new File("/proc/self/fd").list().length + " and " + new File("/proc/self/task").list().length;
+    }
+
+    /** An app's life in a process of its own; its argument is the file to write. */
+    static final class App {
+        private static void writeStill(String path) throws Exception {
+            Field streams = FileDescriptor.class.getDeclaredField("otherParents");
+            streams.setAccessible(true);
+            try (RandomAccessFile file = new RandomAccessFile(path, "rw")) {
+                file.setLength(0);
+                writer().writePhoto(kFrame, null, file.getFD());  // which releases it, too
+                if (streams.get(file.getFD()) != null) throw new AssertionError("a stream is on the descriptor");
+            }
+        }
+
+        public static void main(String[] paths) throws Exception {
+            try {
+                writeStill(paths[0]);
+            } catch (HeifWriteException e) {
+                System.out.println(e.content() + " " + e.getMessage().replaceAll("\\d+ ms", "N ms"));
+                return;
+            }
+            String before = held();
+            for (int i = 0; i < 1000; ++i) writeStill(paths[0]);
+            System.out.println(before.equals(held()) ? "nothing is left" : before + " became " + held());
+            for (int i = 0; i < 200; ++i) writer();
+            while (!before.equals(held())) System.gc();
+            System.out.println("nothing leaks");
+        }
+    }
+
+    /** What the app says on a device of the test's choice. */
+    private String runApp(String variable, String value) throws IOException, InterruptedException {
+        List<String> command = CommandFixture.java(App.class, in("photo.heic"));
+        command.addAll(1, List.of("-Xcheck:jni", "-XX:+UseSerialGC", "-XX:-UseDynamicNumberOfCompilerThreads",
+                "--add-opens=java.base/java.io=ALL-UNNAMED"));
+        ProcessBuilder builder = new ProcessBuilder(command).redirectErrorStream(true);
+        builder.environment().putAll(Map.of(variable, value, "QUILL_LOG", "warn"));
+        Process process = builder.start();
+        String output = new String(process.getInputStream().readAllBytes(), StandardCharsets.UTF_8);
+        assertEquals(0, process.waitFor(), output);
+        return output;
+    }
+
+    @Test
+    void app_LeavesNothingAndForgottenWritersAreReleasedAndLogged() throws Exception {
+        String output = runApp("QUILL_PROPERTIES", "debug.quill.host.encoder=free");
+        assertTrue(output.contains("nothing is left\n") && output.endsWith("nothing leaks\n"), output);
+        assertEquals(200, output.split("W QuillHeifWriter: A writer was never closed", -1).length - 1, output);
+    }
+
+    @Test
+    void app_EncoderThatRefusesTheFrameIsNotBlamedOnTheFile() throws Exception {
+        String output = runApp("QUILL_DEVICE", "no-encoder");
+        String refusal = Content.UNCHANGED + " Still of " + kLayout
+                + ": the native writer gave up after N ms. The file is as it was\n";
+        assertTrue(output.endsWith(refusal), output);
     }
 }
