@@ -61,9 +61,4 @@ final class Pictures {
         block.putShort((short) 0x0202).putShort((short) 4).putInt(1).putInt(thumbnail.length);
         return block.putInt(0).put(thumbnail).array();
     }
-
-    /** Position of {@code text} in {@code bytes}, or -1. */
-    static int find(byte[] bytes, String text) {
-        return new String(bytes, StandardCharsets.ISO_8859_1).indexOf(text);
-    }
 }
