@@ -12,9 +12,10 @@ import java.util.Arrays;
 import java.util.List;
 import java.util.stream.Collectors;
 import java.util.stream.Stream;
+import org.junit.jupiter.api.BeforeEach;
 import org.junit.jupiter.api.io.TempDir;
 
-/** One command of the program, run in this process: what it says, and a folder to work in. */
+/** One command of the program, run in this process: what it says, and a folder with a photograph to work in. */
 public class CommandFixture {
     static final Path kPhotos = Path.of(System.getProperty("quill.photos"));
     static final Path kClip = kPhotos.resolve("clip.mp4");
@@ -22,6 +23,7 @@ public class CommandFixture {
     @TempDir
     Path mFolder;
 
+    Path mPhoto;
     StringWriter mOut;
     StringWriter mErr;
 
@@ -29,6 +31,11 @@ public class CommandFixture {
 
     CommandFixture(String command) {
         mCommand = command;
+    }
+
+    @BeforeEach
+    void writePhoto() throws IOException {
+        mPhoto = Pictures.writeJpeg(in("photo.jpg"), 160, 96);
     }
 
     int run(Object... arguments) {

@@ -98,8 +98,9 @@ class CameraFrameTest {
         byte[] target = new byte[source.length];
         Plane y = new Plane(ByteBuffer.allocateDirect(width * height * sampleBytes), width * sampleBytes, sampleBytes);
         ByteBuffer chroma = ByteBuffer.allocateDirect(width * height / 2 * sampleBytes);
-        Plane u = new Plane(chroma.limit(chroma.capacity() - sampleBytes), width / 2 * pixelStride, pixelStride);
-        Plane v = new Plane(chroma.limit(chroma.capacity()).position(sampleBytes), width / 2 * pixelStride, pixelStride);
+        int rowStride = width / 2 * pixelStride;
+        Plane u = new Plane(chroma.limit(chroma.capacity() - sampleBytes), rowStride, pixelStride);
+        Plane v = new Plane(chroma.limit(chroma.capacity()).position(sampleBytes), rowStride, pixelStride);
         long copy = Long.MAX_VALUE;
         long array = Long.MAX_VALUE;
         for (int i = 0; i < 100 && (i < 30 || copy > 1.2 * array); ++i) {
