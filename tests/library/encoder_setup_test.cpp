@@ -112,7 +112,7 @@ TEST(EncoderSetup, ColorFormatProfileAndSurfaceFollowFormat) {
             {kQti, FORMAT_RGBA8888, "", kSurface},
             {"c2.x", FORMAT_P010, "sm8550", "2141391882 2 - -"},
             {"c2.x", FORMAT_P010, "MT6989", "2141391882 - - -"},
-            {kQti, FORMAT_P010, "SM8550", "2130708361 2 512 512 54 51"},
+            {kQti, FORMAT_P010, "SM8351", "2130708361 2 512 512 54 51"},
             {kQti, FORMAT_P010, "sm8350-AC", "2130708361 2 512 512 2141391882 51"},
             {"c2.qti.hevc.encoder.cq", FORMAT_P010, "SM", "2130708361 2 512 512 54 51"},
             {"c2.qti.hevc.encode", FORMAT_P010, "S", "2141391882 - - -"},

@@ -68,6 +68,8 @@ TEST(JniMethods, StillIsLoggedAndKeepsTheDescriptorOpen) {
     const LogCapture log;
     App app({"still", "", FORMAT_NV21, false, false, 64});
     app.setUp();
+    EXPECT_EQ(-1, nativeProcessHeicPhotoFrame(app.java.env(), FakeVm::asJava(&app.outputFd), app.handle,
+                                              FakeVm::asJava(&app.array), nullptr, nullptr));
     EXPECT_EQ(0, app.write());
     app.destroy();
     EXPECT_THAT(log.of(kTag), ElementsAre("I/quality:90", "D/native_setup: fd " + std::to_string(app.outputFd.fd)));

@@ -116,7 +116,7 @@ TEST(ThumbnailJpeg, IsBaseline420OfEveryHeightAndFitsItsBuffer) {
         EXPECT_EQ(0, read.warnings);
         EXPECT_EQ(256, read.width);
         EXPECT_EQ(height, read.height);
-        EXPECT_EQ(6, read.coarseness) << "quality 80";
+        EXPECT_EQ(40, read.coarseness) << "quality 80";
         EXPECT_LT(distance(pattern(size), read), 0.9) << height;
     }
 }

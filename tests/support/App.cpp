@@ -69,13 +69,13 @@ const CameraFrame& App::frame() const {
 }
 
 void App::setUp() {
-    mHandle = nativeSetup(java.env(), self());
+    handle = nativeSetup(java.env(), self());
     if (isSetUp()) create();
 }
 
 void App::create() {
     const Geometry& g = frame().geometry;
-    nativeCreate(java.env(), self(), mHandle, g.width, g.height, g.stride, g.sliceHeight, photo.format, 90, 90);
+    nativeCreate(java.env(), self(), handle, g.width, g.height, g.stride, g.sliceHeight, photo.format, 90, 90);
 }
 
 long App::write() {
@@ -83,14 +83,14 @@ long App::write() {
     const jobject fd = FakeVm::asJava(&outputFd), asked = FakeVm::asJava(&options);
     JNIEnv* const env = java.env();
     const jlong result =
-            photo.bitmap ? nativeCreateLivePhotoByBmp(env, self(), mHandle, FakeVm::asJava(&mBitmap), block, fd, asked)
-            : photo.live ? nativeCreateLivePhoto(env, self(), mHandle, pixels, block, fd, asked)
-                         : nativeProcessHeicPhotoFrame(env, self(), mHandle, pixels, block, fd);
+            photo.bitmap ? nativeCreateLivePhotoByBmp(env, self(), handle, FakeVm::asJava(&mBitmap), block, fd, asked)
+            : photo.live ? nativeCreateLivePhoto(env, self(), handle, pixels, block, fd, asked)
+                         : nativeProcessHeicPhotoFrame(env, self(), handle, pixels, block, fd);
     java.exceptionPending = false;  // it has reached the app
     return result;
 }
 
-void App::destroy() { nativeDestory(java.env(), self(), mHandle); }
+void App::destroy() { nativeDestory(java.env(), self(), handle); }
 
 void App::scribble(bool file) {
     for (FakeVm::Array* const own : {&array, &mExif, &mExtender, &mBitmap.pixels}) own->fill(kScribble);

@@ -26,7 +26,7 @@ class App {
 
     // The native methods.
     void setUp();
-    bool isSetUp() const { return mHandle != 0 && mHandle != -1; }
+    bool isSetUp() const { return handle != 0 && handle != -1; }
     void create();
     long write();
     void destroy();
@@ -46,6 +46,7 @@ class App {
     const TemporaryFile output, video, gainMap;
     FakeVm::Object outputFd, options;
     FakeVm::Array array;
+    jlong handle = 0;
 
   private:
     jobject self() { return FakeVm::asJava(&mObject); }
@@ -54,7 +55,6 @@ class App {
     FakeVm::Array mExif, mExtender;
     FakeVm::Bitmap mBitmap;
     FakeVm::Text mXmp = "<x:xmpmeta xmlns:x=\"adobe:ns:meta/\"/>";
-    jlong mHandle = 0;
     bool mScribbledFile = false;
 };
 

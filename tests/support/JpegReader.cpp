@@ -24,7 +24,7 @@ ReadJpeg readJpeg(const std::vector<uint8_t>& jpeg) {
     in.out_color_space = JCS_YCbCr;
     in.do_fancy_upsampling = FALSE;
     jpeg_start_decompress(&in);
-    read.coarseness = in.quant_tbl_ptrs[0]->quantval[0];
+    read.coarseness = in.quant_tbl_ptrs[0]->quantval[DCTSIZE2 - 1];
     const size_t pitch = size_t{3} * in.image_width;
     read.yuv.resize(pitch * in.image_height);
     while (in.output_scanline < in.image_height) {

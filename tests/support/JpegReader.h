@@ -10,7 +10,7 @@ struct ReadJpeg {
     int width;
     int height;
     bool baseline420;  ///< JFIF: sequential, Huffman, 8 bits, three components, chroma of half the size both ways
-    int coarseness;    ///< of the mean of a block of luma: the first entry of its quantisation table
+    int coarseness;    ///< of the finest detail of luma: the last entry of its quantisation table
     long warnings;     ///< of damaged data
     std::vector<uint8_t> yuv;  ///< Y, Cb, Cr for every pixel; chroma repeated, not interpolated
 };
