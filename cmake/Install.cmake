@@ -29,6 +29,7 @@ if(NOT CMAKE_CROSSCOMPILING)
   install(FILES ${CMAKE_BINARY_DIR}/java/quill.bash RENAME quill
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
   install(FILES ${CMAKE_BINARY_DIR}/java/_quill DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
+  install(FILES docs/bulk.md docs/inspect.md docs/pictures.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/quill)
 endif()
 if(TARGET quill_classes)
   install(FILES ${CMAKE_BINARY_DIR}/lib/quill/classes.list DESTINATION ${CMAKE_INSTALL_LIBDIR}/quill)

@@ -21,7 +21,7 @@ import picocli.CommandLine.Spec;
 @Command(name = "inspect", sortOptions = false,
         description = "Shows what is in HEIF files: boxes, items, grid, EXIF, XMP, live-photo sections.",
         footer = {"", "A damaged file is shown as far as it can be read.", "",
-            "docs/inspect.md lists the names in the JSON document.", "",
+            "inspect.md, in share/doc/quill of an installation, lists the names in the JSON document.", "",
             "Exit status: 0 for a sound file, 1 when something in it is damaged or could not be written, "
                 + "2 for wrong usage."})
 final class InspectCommand implements Callable<Integer> {

@@ -20,6 +20,7 @@ import picocli.CommandLine.Spec;
         footer = {"", "Without -o and -d a still is written beside its photograph, as NAME.heic. A file of that name "
             + "is replaced once the new one is whole; a photograph is never overwritten. A still has the time of its "
             + "photograph. A name that begins with a dash stands behind '--'.", "",
+            "pictures.md, in share/doc/quill of an installation, tells what a still keeps of each kind of picture.", "",
             "Exit status: 0 when every still was written, 1 when one was not, 2 for wrong usage."})
 final class StillCommand implements Callable<Integer> {
     @Spec
