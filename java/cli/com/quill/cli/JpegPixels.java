@@ -33,6 +33,8 @@ final class JpegPixels implements Pixels {
             mSampling = decoder.getSubsamp();
         } catch (TJException e) {
             throw new IOException(reason(e), e);
+        } catch (IllegalStateException e) {  // tables alone are a JPEG file, too
+            throw new IOException("holds no picture", e);
         }
         mConversion = isFourColors() ? null : ColorConversion.of(profile, isGray() ? 1 : 3, losses);
     }
