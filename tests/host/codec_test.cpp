@@ -219,7 +219,13 @@ class Codec {
         size_t index = 0, offset = 0;
         output.status =
                 mCodec->dequeueOutputBuffer(&index, &offset, &output.size, &output.timeUs, &output.flags, timeoutUs);
-        if (output.status == OK) mCodec->releaseOutputBuffer(index);
+        if (output.status != OK) return output;
+        sp<MediaCodecBuffer> coded;
+        mCodec->getOutputBuffer(index, &coded);
+        const wp<MediaCodecBuffer> held = coded;
+        coded.clear();
+        mCodec->releaseOutputBuffer(index);
+        EXPECT_EQ(held.promote(), nullptr) << "what is released is held no longer";
         return output;
     }
     /** The next picture after the format change and the parameter sets. */
