@@ -127,7 +127,7 @@ class StillProcessTest extends CommandFixture {
         List<String> loop = java(Loop.class, mPhoto, large, out, kClip, extender);
         Random random = new Random(20240229);
         List<String> names = List.of();
-        for (int i = 0; i < 10; ++i) {
+        for (int i = 0; i < 10 || names.size() < 4; ++i) {  // until one fell into the writing of a file, too
             Process process = new ProcessBuilder(loop).redirectErrorStream(true).start();
             BufferedReader reports = process.inputReader();
             for (int files = random.nextInt(6); files >= 0; --files) assertNotNull(reports.readLine());
@@ -145,6 +145,5 @@ class StillProcessTest extends CommandFixture {
             }
         }
         assertTrue(names.containsAll(List.of("large.heic", "live.heic", "photo.heic")), names::toString);
-        assertTrue(names.size() > 3, "no try fell into the writing of a file");
     }
 }
