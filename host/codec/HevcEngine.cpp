@@ -25,6 +25,15 @@ constexpr double kAdaptiveQuantStrength = 0.3;
 /** Quantiser offsets are given per block of this side; see `fractionOffsets`. */
 constexpr int kOffsetBlock = 16;
 
+/** The smallest coding tree unit. */
+constexpr uint32_t kSmallestUnit = 16;
+
+/**
+ * Up to this quantiser a photograph's blocks are hardly ever coded larger than `kSmallestUnit`. An ultrafast one takes
+ * 0.65 of the time without larger ones, and 0.7 % more bytes; at a quantiser of 27 it would be 11 %.
+ */
+constexpr double kFineQp = 18.0;
+
 /** 0 to `count` - 1, ordered so that the first few are always spread over the whole range. */
 std::vector<int> spreadOut(int count) {
     const auto reversed = [](int number) {
@@ -94,10 +103,14 @@ void setGeometry(const EngineSettings& settings, x265_param* param) {
     param->fpsNum = 30;
     param->fpsDenom = 1;
     // A picture must have at least one coding tree unit.
-    while (param->maxCUSize > kMinCodedSize &&
+    while (param->maxCUSize > kSmallestUnit &&
            static_cast<int>(param->maxCUSize) > std::min(param->sourceWidth, param->sourceHeight)) {
         param->maxCUSize /= 2;
     }
+    // Of the presets ultrafast alone codes no smaller ones. Large pictures may not: from level 5 on a coding tree unit
+    // has 32 pixels or more (ITU-T H.265, A.4.1).
+    const bool isTile = !settings.threaded;
+    if (isTile && settings.qp <= kFineQp && param->minCUSize >= kSmallestUnit) param->maxCUSize = kSmallestUnit;
     param->minCUSize = std::min(param->minCUSize, param->maxCUSize);
     param->maxTUSize = std::min(param->maxTUSize, param->maxCUSize);
     param->rc.qgSize = std::min(param->rc.qgSize, param->maxCUSize);
