@@ -12,6 +12,7 @@ constexpr int64_t kHalfSide = kTileSide / 2;
 
 constexpr int64_t kCacheLine = 64;
 constexpr int64_t kBytesAhead = 4096;  // asked for before they are copied: 4096 to 16384 measure alike
+constexpr int kSecondCache = 2;        // RGBA tiles by way of it take 0.8 of the time
 
 const uint8_t* sourceRow(const uint8_t* frame, const PlaneCopy& plane, int64_t row) {
     return frame + plane.sourceOffset + row * plane.sourcePitchTwice / 2;
@@ -19,7 +20,7 @@ const uint8_t* sourceRow(const uint8_t* frame, const PlaneCopy& plane, int64_t r
 
 /** Prefetches a row: a tile's rows lie too far apart for the processor to prefetch by itself. */
 void prefetch(const uint8_t* row, int64_t bytes) {
-    for (int64_t offset = 0; offset < bytes; offset += kCacheLine) __builtin_prefetch(row + offset);
+    for (int64_t offset = 0; offset < bytes; offset += kCacheLine) __builtin_prefetch(row + offset, 0, kSecondCache);
 }
 
 void copyPlane(uint8_t* destination, const uint8_t* frame, const PlaneCopy& plane) {
