@@ -14,8 +14,12 @@ namespace android {
 
 /** Y, U and V planes of full, quarter and quarter size. */
 void convertI420(const uint8_t* i420, const FrameGeometry& geometry, uint8_t* nv12, VectorWidth most = kWidestVectors);
-/** 16-bit little-endian samples, of which the high byte is kept: no rounding, and no look at the justification. */
-void convertP010(const uint8_t* p010, const FrameGeometry& geometry, uint8_t* nv12, VectorWidth most = kWidestVectors);
+/**
+ * 16-bit little-endian samples, of which the high byte is kept: no rounding, and no look at the justification. Vectors
+ * of 512 bits take a tenth longer than those of 256.
+ */
+void convertP010(const uint8_t* p010, const FrameGeometry& geometry, uint8_t* nv12,
+                 VectorWidth most = VectorWidth::k256);
 /**
  * R, G, B, A bytes to full-range BT.601, computed in double precision and truncated toward zero. Chroma comes from the
  * top left pixel of each 2x2 block alone.
