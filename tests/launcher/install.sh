@@ -12,8 +12,18 @@ cd "$folder"
 quill=$prefix/bin/quill
 [ "$(env -i "$quill" --version)" = "quill $version" ]
 env -i JAVA_TOOL_OPTIONS=-Xshare:on "$quill" --version 2>/dev/null  # fails without its archive of classes
-env -i "$quill" still "$source_folder/photos/compact-640x480-with-thumbnail.jpg" -o still.heic --preset ultrafast
-heif-info still.heic >/dev/null
+
+# Another user, to whom one of the folders is shut, gets the stills of the others.
+chmod 755 .
+mkdir -p photos/open photos/shut stills
+cp "$source_folder/photos/compact-640x480-with-thumbnail.jpg" photos/open/a.jpg
+chmod 000 photos/shut
+chmod 777 stills
+other=()
+[ "$(id -u)" != 0 ] || other=(setpriv --reuid 65534 --clear-groups)
+! "${other[@]}" env -i "$quill" still -r photos -d stills --preset ultrafast 2>told || exit 1
+[[ $(cat told) == *"quill: photos/shut: this folder may not be read"* ]]
+heif-info stills/open/a.heic >/dev/null
 
 page=$prefix/share/man/man1/quill.1
 [[ $(lexgrog "$page") == *'"quill - '* ]]

@@ -22,6 +22,7 @@ final class FailureText {
     /** Throws when {@code file} is nothing that can be read from start to end; a pipe, say, would block. */
     static void checkInput(Path file) throws IOException {
         if (!Files.exists(file)) throw new IOException("there is no such file");
+        if (Files.isDirectory(file) && !Files.isReadable(file)) throw new IOException("this folder may not be read");
         if (Files.isDirectory(file)) throw new IOException("is a directory (still -r takes the photographs in it)");
         if (!Files.isRegularFile(file)) throw new IOException("is not a regular file");
     }

@@ -3,16 +3,16 @@ package com.quill.cli;
 import com.quill.inspect.FileNames;
 import java.io.IOException;
 import java.io.InputStream;
-import java.io.UncheckedIOException;
+import java.nio.file.FileVisitResult;
 import java.nio.file.Files;
 import java.nio.file.Path;
+import java.nio.file.SimpleFileVisitor;
 import java.nio.file.attribute.BasicFileAttributes;
 import java.util.ArrayList;
 import java.util.HashSet;
 import java.util.List;
 import java.util.Locale;
 import java.util.Set;
-import java.util.stream.Stream;
 
 /** The photographs of one run, in order: files by name, names in a list, and what is in folders. */
 final class PhotoList {
@@ -34,7 +34,7 @@ final class PhotoList {
     }
 
     void add(Path path) throws IOException {
-        if (mRecursive && Files.isDirectory(path)) {
+        if (mRecursive && Files.isDirectory(path) && Files.isReadable(path)) {
             addFolder(path);
         } else {
             mEntries.add(new Entry(path, path.getFileName() == null ? path : path.getFileName()));
@@ -52,12 +52,22 @@ final class PhotoList {
 
     private void addFolder(Path folder) throws IOException {
         Path start = folder.resolve(".");  // a link to a folder is followed, links within it are not
-        try (Stream<Path> files = Files.walk(start)) {
-            files.filter(PhotoList::isPhotograph).map(start::relativize).sorted()
-                    .forEach(place -> mEntries.add(new Entry(folder.resolve(place), place)));
-        } catch (UncheckedIOException e) {
-            throw e.getCause();
-        }
+        List<Path> found = new ArrayList<>();
+        Files.walkFileTree(start, new SimpleFileVisitor<>() {
+            @Override
+            public FileVisitResult visitFile(Path file, BasicFileAttributes attributes) {
+                if (isPhotograph(file)) found.add(file);
+                return FileVisitResult.CONTINUE;
+            }
+
+            @Override
+            public FileVisitResult visitFileFailed(Path file, IOException why) {
+                found.add(file);  // a folder that cannot be read: to fail in its turn, and alone
+                return FileVisitResult.CONTINUE;
+            }
+        });
+        found.stream().map(start::relativize).sorted()
+                .forEach(place -> mEntries.add(new Entry(folder.resolve(place), place)));
     }
 
     private static boolean isPhotograph(Path file) {
