@@ -62,6 +62,7 @@ final class ImagePixels implements Pixels {
 
     @Override
     public void fill(FrameLayout layout, byte[] frame, Losses losses) throws IOException {
+        if (mImage.getColorModel().getComponentSize(0) > bits()) losses.add("bits beyond " + bits() + " a sample");
         YuvPlanes planes = isPlanar(layout.format()) ? new YuvPlanes(layout, frame) : null;
         for (int y = 0; y < height(); y += kBandRows) {
             int rows = Math.min(kBandRows, height() - y);

@@ -9,7 +9,7 @@ interface Pixels {
 
     int height();
 
-    /** Bits of a stored sample; a frame keeps as many of them as its format has. */
+    /** Bits of a sample that can be had; a frame keeps as many of them as its format has. */
     int bits();
 
     /** Whether the stored colors are others than sRGB's. */

@@ -140,7 +140,7 @@ final class StillConversion {
         if (deep && format != ColorFormat.P010) {
             photo.losses().add("bits beyond " + kBits + " a sample (--format p010 keeps ten)");
         } else if (!deep && format == ColorFormat.P010) {
-            photo.losses().note("its samples have " + kBits + " bits, ten hold no more of them");
+            photo.losses().note("ten bits hold no more of it than " + kBits);
         }
     }
 

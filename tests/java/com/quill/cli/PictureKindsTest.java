@@ -83,6 +83,8 @@ class PictureKindsTest extends CommandFixture {
             case "PNG with EXIF, XMP and text" -> tagged(file, "-EXIF:Make=m", "-XMP:Title=t", "-PNG:Title=t");
             case "TIFF with EXIF, XMP and IPTC" ->
                 tagged(file, "-EXIF:Make=m", "-EXIF:ISO=200", "-XMP:Title=t", "-IPTC:Keywords=k");
+            case "TIFF, RGB of 32, floating" -> floating(file);
+            case "TIFF of two pictures" -> write(file, source(false), source(true));
             case "JPEG, 64 kB of EXIF" -> withExif(file, Arrays.copyOf(exif, 65533));
             case "JPEG, EXIF that leads in circles" ->
                 withExif(file, ByteBuffer.wrap(exif).putInt(exif.length - 4, 8 << 24).array());
@@ -244,6 +246,17 @@ class PictureKindsTest extends CommandFixture {
         return shown;
     }
 
+    private static BufferedImage floating(Path file) throws IOException {
+        ComponentColorModel model = new ComponentColorModel(ColorSpace.getInstance(ColorSpace.CS_sRGB), false, false,
+                Color.OPAQUE, DataBuffer.TYPE_FLOAT);
+        WritableRaster raster = model.createCompatibleWritableRaster(kWidth, kHeight);
+        float[] samples = source(false).getRaster().getPixels(0, 0, kWidth, kHeight, (float[]) null);
+        for (int i = 0; i < samples.length; ++i) samples[i] /= 255;
+        raster.setPixels(0, 0, kWidth, kHeight, samples);
+        write(file, new BufferedImage(model, raster, false, null));
+        return source(false);
+    }
+
     /** With a palette of grays or of colors. */
     private static BufferedImage indexed(int bits, boolean gray) {
         int size = 1 << bits;
@@ -262,23 +275,24 @@ class PictureKindsTest extends CommandFixture {
     }
 
     /** By the file's ending, JPEG in 4:2:0; what is shown of the image, transparency on white. */
-    private static BufferedImage write(Path file, BufferedImage image) throws IOException {
+    private static BufferedImage write(Path file, BufferedImage image, BufferedImage... more) throws IOException {
         String ending = file.toString().substring(file.toString().length() - 3);
         if (ending.equals("jpg")) return jpeg(file, image, TJ.SAMP_420, 0);
-        write(file, ending, new IIOImage(image, null, null));
+        write(file, ending, new IIOImage(image, null, null), more);
         BufferedImage shown = new BufferedImage(image.getWidth(), image.getHeight(), BufferedImage.TYPE_INT_RGB);
         shown.createGraphics().drawImage(image, 0, 0, Color.WHITE, null);
         return shown;
     }
 
     /** By the JDK's writer, which takes more kinds than the plug-ins'. */
-    private static void write(Path file, String format, IIOImage image) throws IOException {
+    private static void write(Path file, String format, IIOImage image, BufferedImage... more) throws IOException {
         Iterator<ImageWriter> writers = ImageIO.getImageWritersByFormatName(format);
         ImageWriter writer = writers.next();
         while (!writer.getClass().getName().startsWith("com.sun.")) writer = writers.next();
         try (ImageOutputStream stream = ImageIO.createImageOutputStream(file.toFile())) {
             writer.setOutput(stream);
             writer.write(image);
+            for (int i = 0; i < more.length; ++i) writer.writeInsert(i + 1, new IIOImage(more[i], null, null), null);
         }
     }
 
