@@ -18,7 +18,7 @@ struct PresetRow {
 };
 
 // Processor seconds per megapixel of a photograph at quality 95, intra pictures only: slow 0.7, superfast
-// 0.4, ultrafast 0.1. At equal quality a superfast file is about a twelfth smaller than an ultrafast one, a slow file
+// 0.4, ultrafast 0.06. At equal quality a superfast file is about a twelfth smaller than an ultrafast one, a slow file
 // another sixteenth. The limits keep a frame near half a second on two cores, 12 megapixels included.
 constexpr PresetRow kPresets[] = {
         {1'250'000, "slow"},
