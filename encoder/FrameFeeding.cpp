@@ -119,7 +119,7 @@ status_t QuillHeifEncoder::queueInputDataToSurface(uint8_t* frame) {
     return OK;
 }
 
-// A tile is copied to the buffer's own pitch, and repeats the picture's edge: codecs mix the colours of neighbouring
+// A tile is copied to the buffer's own pitch, and repeats the picture's edge: codecs mix the colors of neighbouring
 // pixels.
 status_t QuillHeifEncoder::fillSurfaceBuffer(ANativeWindowBuffer* windowBuffer, const uint8_t* frame) {
     const sp<GraphicBuffer> buffer = GraphicBuffer::from(windowBuffer);

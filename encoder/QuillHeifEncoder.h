@@ -36,7 +36,7 @@ class QuillHeifEncoder : public RefBase {
     /** Starts the codec; NO_INIT without one. */
     virtual status_t start();
     /**
-     * Encodes the frame at `frame` (layout of the colour format, geometry of the constructor) and appends one new
+     * Encodes the frame at `frame` (layout of the color format, geometry of the constructor) and appends one new
      * buffer per coded tile to `out`, in tile order. Blocks. After a failure `out` keeps what had been appended.
      */
     virtual status_t addYuvBuffer(uint8_t* frame, std::vector<sp<ABuffer>>& out);

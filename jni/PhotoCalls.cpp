@@ -74,7 +74,7 @@ class PinnedFrame {
 
   private:
     // With the samples a pair of P010 or two pairs of bytes before: one chroma sample of the last pixel may be missing,
-    // and any fixed value would colour it.
+    // and any fixed value would color it.
     void complete(size_t wholeBytes) {
         constexpr size_t kBack = 4;
         mCompleted = std::make_unique<uint8_t[]>(wholeBytes);

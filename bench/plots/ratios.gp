@@ -22,8 +22,8 @@ set arrow 1 from 1,-0.7 to 1,rows-0.3 nohead lc rgb limit lw 2 front
 unset key
 
 cut(ratio, budget) = ratio/budget < widest ? ratio/budget : widest
-colour(ratio, budget) = ratio <= budget ? 0x2f7f79 : 0xc8553d
+shade(ratio, budget) = ratio <= budget ? 0x2f7f79 : 0xc8553d
 text(ratio, budget) = sprintf("%.2f of %.3g", ratio, budget)
 
-plot file using (cut($2,$3)/2):0:(cut($2,$3)/2):(0.34):(colour($2,$3)):ytic(1) skip 1 with boxxyerror lc rgb variable, \
+plot file using (cut($2,$3)/2):0:(cut($2,$3)/2):(0.34):(shade($2,$3)):ytic(1) skip 1 with boxxyerror lc rgb variable, \
      file using (widest):0:(text($2,$3)) skip 1 with labels left offset 1,0 textcolor rgb ink

@@ -21,7 +21,7 @@ enum class Chroma : uint8_t { kNone, kPlanar, kInterleaved };
 /** How tiles of a format reach the codec. */
 enum class TileInput : uint8_t { kBuffers, kSurface, kVendorSurface /**< by surface on two vendors' components */ };
 
-/** The platform's codec colour formats, and the vendors' own number for P010 in buffers and on surfaces alike. */
+/** The platform's codec color formats, and the vendors' own number for P010 in buffers and on surfaces alike. */
 enum CodecColorFormat : int32_t {
     kCodecPlanar = 19,
     kCodecSemiPlanar = 21,

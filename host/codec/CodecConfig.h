@@ -39,7 +39,7 @@ struct CodecConfig {
 /** BAD_VALUE, with an error in the log, for a format that the encoder does not support. */
 android::status_t parseCodecConfig(const android::sp<android::AMessage>& format, CodecConfig* config);
 
-/** A copy of the keys that the output format shares with the configured one: sizes, grid, colours. */
+/** A copy of the keys that the output format shares with the configured one: sizes, grid, colors. */
 android::sp<android::AMessage> outputFormatOf(const android::sp<android::AMessage>& configured);
 
 }  // namespace quill::host

@@ -11,7 +11,7 @@ namespace quill::host {
 
 namespace {
 
-struct GreyPicture {
+struct GrayPicture {
     EngineSettings settings;
     std::vector<uint8_t> parameterSets;
     std::vector<uint8_t> coded;
@@ -22,7 +22,7 @@ struct GreyPicture {
     }
 };
 
-PlanarPicture grey(const EngineSettings& settings) {
+PlanarPicture gray(const EngineSettings& settings) {
     PlanarPicture picture;
     picture.reshape(codedSize(settings.width), codedSize(settings.height), settings.bitDepth);
     // 128 in 8 bits. In 10 bits 514, the value nearest to the middle whose two bytes are equal.
@@ -31,27 +31,27 @@ PlanarPicture grey(const EngineSettings& settings) {
     return picture;
 }
 
-std::optional<GreyPicture> codeGrey(const EngineSettings& settings) {
+std::optional<GrayPicture> codeGray(const EngineSettings& settings) {
     EngineSettings quick = settings;
     quick.preset = "ultrafast";  // more work gains nothing here
     const std::unique_ptr<HevcEngine> engine = HevcEngine::open(quick);
-    GreyPicture picture;
-    if (engine == nullptr || !engine->encode(grey(settings), std::nullopt, &picture.coded)) return std::nullopt;
+    GrayPicture picture;
+    if (engine == nullptr || !engine->encode(gray(settings), std::nullopt, &picture.coded)) return std::nullopt;
     picture.settings = settings;
     picture.parameterSets = engine->parameterSets();
     return picture;
 }
 
-/** The grey picture for these settings; null if x265 refuses them. */
-const GreyPicture* greyPictureFor(const EngineSettings& settings) {
+/** The gray picture for these settings; null if x265 refuses them. */
+const GrayPicture* grayPictureFor(const EngineSettings& settings) {
     static std::mutex lock;
-    static std::list<GreyPicture>* const pictures =
-            new std::list<GreyPicture>;  // never destroyed: encoder threads use it
+    static std::list<GrayPicture>* const pictures =
+            new std::list<GrayPicture>;  // never destroyed: encoder threads use it
     const std::lock_guard<std::mutex> guard(lock);
-    for (const GreyPicture& picture : *pictures) {
+    for (const GrayPicture& picture : *pictures) {
         if (picture.fits(settings)) return &picture;
     }
-    std::optional<GreyPicture> made = codeGrey(settings);
+    std::optional<GrayPicture> made = codeGray(settings);
     if (!made) return nullptr;
     pictures->push_back(std::move(*made));
     return &pictures->back();
@@ -59,7 +59,7 @@ const GreyPicture* greyPictureFor(const EngineSettings& settings) {
 
 class FreeEngine : public HevcEngine {
   public:
-    explicit FreeEngine(const GreyPicture& picture) : mPicture(picture) {}
+    explicit FreeEngine(const GrayPicture& picture) : mPicture(picture) {}
 
     const std::vector<uint8_t>& parameterSets() const override { return mPicture.parameterSets; }
 
@@ -71,7 +71,7 @@ class FreeEngine : public HevcEngine {
     }
 
   private:
-    const GreyPicture& mPicture;
+    const GrayPicture& mPicture;
 };
 
 }  // namespace
@@ -83,7 +83,7 @@ bool isEncodingFree() {
 }
 
 std::unique_ptr<HevcEngine> openFreeEngine(const EngineSettings& settings) {
-    const GreyPicture* const picture = greyPictureFor(settings);
+    const GrayPicture* const picture = grayPictureFor(settings);
     return picture == nullptr ? nullptr : std::make_unique<FreeEngine>(*picture);
 }
 

@@ -10,8 +10,8 @@ namespace quill::host {
 bool isEncodingFree();
 
 /**
- * An engine that costs nothing. For every picture it returns the same grey picture of the right size, depth and
- * colours, which x265 codes once per process for each set of settings; `qp` and `preset` are ignored. Null, with an
+ * An engine that costs nothing. For every picture it returns the same gray picture of the right size, depth and
+ * colors, which x265 codes once per process for each set of settings; `qp` and `preset` are ignored. Null, with an
  * error in the log, if x265 refuses the settings. Thread-safe.
  */
 std::unique_ptr<HevcEngine> openFreeEngine(const EngineSettings& settings);

@@ -60,7 +60,7 @@ int codedSize(int size);
 
 /**
  * Reads `source` into planes of the coded size. The area outside the picture repeats its last column and row, so that
- * no foreign colours bleed into it.
+ * no foreign colors bleed into it.
  *
  * An odd picture has half a chroma sample at its edge. Clients of the YUV layouts fill in whole samples only
  * (width / 2), so the last whole one is repeated there as well.

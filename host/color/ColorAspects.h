@@ -4,7 +4,7 @@
 
 namespace quill::host {
 
-/** The colours of a stream in the code points of ISO/IEC 23091-2, as VUI and `nclx` have them too. */
+/** The colors of a stream in the code points of ISO/IEC 23091-2, as VUI and `nclx` have them too. */
 struct ColorAspects {
     static constexpr uint8_t kUnspecified = 2;
 

@@ -15,7 +15,7 @@ constexpr unsigned kMaxReferences = 16;
 constexpr unsigned kMaxLongTermPictures = 32;
 constexpr uint8_t kExtendedAspectRatio = 255;
 
-// ISO/IEC 23000-22: a picture that does not specify its colours is sRGB in full-range BT.601 components.
+// ISO/IEC 23000-22: a picture that does not specify its colors is sRGB in full-range BT.601 components.
 constexpr ColorAspects kDefaultAspects{1, 13, 6, true};
 
 HevcProfile readProfile(BitReader& reader) {
@@ -143,7 +143,7 @@ bool skipReferencePictures(BitReader& reader, unsigned pictureOrderBits) {
     return true;
 }
 
-/** The colours in the VUI, or the defaults. */
+/** The colors in the VUI, or the defaults. */
 ColorAspects readAspects(BitReader& reader) {
     ColorAspects aspects = kDefaultAspects;
     if (!reader.flag()) return aspects;  // no VUI

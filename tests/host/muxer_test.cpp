@@ -38,10 +38,10 @@ Picture encode(int bits = 8, int width = kTile) {
     settings.aspects = {5, 13, 5, true};
     settings.preset = "ultrafast";
     const auto engine = quill::host::HevcEngine::open(settings);
-    quill::host::PlanarPicture grey;
-    grey.reshape(width, kTile, bits);
+    quill::host::PlanarPicture gray;
+    gray.reshape(width, kTile, bits);
     std::vector<uint8_t> coded;
-    EXPECT_TRUE(engine->encode(grey, std::nullopt, &coded));
+    EXPECT_TRUE(engine->encode(gray, std::nullopt, &coded));
     return {textOf(engine->parameterSets()), textOf(coded)};
 }
 
@@ -87,19 +87,19 @@ class Muxer : public testing::Test {
     const Picture mPicture = encode();
 };
 
-TEST_F(Muxer, SinglePictureTellsItsBrandsDepthAndColours) {
-    // For a picture of the same size, without colour information: the default is full-range sRGB.
+TEST_F(Muxer, SinglePictureTellsItsBrandsDepthAndColors) {
+    // For a picture of the same size, without color information: the default is full-range sRGB.
     const std::string kPlainCodecData =
             "\0\0\0\1\100\1\14\1\377\377\3\160\0\0\3\0\220\0\0\3\0\0\3\0\36\272\2\100\0\0\0\1\102\1\1\3\160\0\0\3"
             "\0\220\0\0\3\0\0\3\0\36\240\40\201\5\226\351\157\13\200\100\0\0\3\0\100\0\0\3\0\102\0\0\0\1\104\1"
             "\300\161\203\22"s;
-    for (const auto& [picture, brands, depth, colours] :
+    for (const auto& [picture, brands, depth, colors] :
          {std::tuple(mPicture, "heic\0\0\0\0mif1heicmiaf"s, "\3\10\10\10"s, "\0\5\0\15\0\5\x80"s),
           {encode(10), "heix\0\0\0\0mif1heixmiaf"s, "\3\12\12\12"s, "\0\5\0\15\0\5\x80"s},
           {{kPlainCodecData, mPicture.sample}, "heic"s, "\3\10\10\10"s, "\0\1\0\15\0\6\x80"s}}) {
         writeStill(picture);
         EXPECT_THAT(file(), AllOf(HasSubstr("ftyp" + brands), HasSubstr("pixi\0\0\0\0"s + depth),
-                                  HasSubstr("nclx" + colours), Not(HasSubstr("iref"))));
+                                  HasSubstr("nclx" + colors), Not(HasSubstr("iref"))));
         EXPECT_EQ("", readStill(mFile.path(), false).error);
     }
 }

@@ -1,4 +1,4 @@
-// Colours of RGBA frames as they are defined. What the other layouts give is held by their digests.
+// Colors of RGBA frames as they are defined. What the other layouts give is held by their digests.
 #include <gtest/gtest.h>
 
 #include "Nv12Conversion.h"
@@ -28,9 +28,9 @@ constexpr VectorWidth kWidths[] = {
 class PixelConversionByWidth : public testing::TestWithParam<VectorWidth> {};
 INSTANTIATE_TEST_SUITE_P(, PixelConversionByWidth, testing::ValuesIn(kWidths));
 
-// Colours are converted many at a time, and one whose sums come close to whole numbers sends its neighbours along the
+// Colors are converted many at a time, and one whose sums come close to whole numbers sends its neighbours along the
 // careful way. So each stands alone among as many pixels as go together at most, between pixels that take the fast way.
-TEST_P(PixelConversionByWidth, RgbaOfEveryColourIsAsDefined) {
+TEST_P(PixelConversionByWidth, RgbaOfEveryColorIsAsDefined) {
     constexpr size_t kTogether = 64, kRow = 256 * kTogether;
     constexpr double kY[] = {0.299, 0.587, 0.114, 0}, kU[] = {-0.14713, -0.28886, 0.436, 128},
                      kV[] = {0.615, -0.51498, -0.10001, 128};

@@ -90,7 +90,7 @@ TEST(Sampling, IsConvertingAndReducingWhereStrideAndSliceHeightAreEven) {
     }
 }
 
-TEST(Sampling, OddStridesKeepTheirColours) {
+TEST(Sampling, OddStridesKeepTheirColors) {
     const ThumbnailSize size{256, 180};
     const auto of = [&](InputColorFormat format, const Geometry& g) { return sampled(makeFrame(format, g), size); };
     for (const InputColorFormat format : kFormats) {

@@ -11,7 +11,7 @@ using namespace android;
 
 constexpr uint8_t kPadding = 0xC7;
 
-/** Sample values from 0 to 1, centre 0.5 for chroma; inside the range that has an RGB colour. */
+/** Sample values from 0 to 1, centre 0.5 for chroma; inside the range that has an RGB color. */
 double lumaAt(double x, double y) {
     return 0.5 + 0.2 * std::sin(x / 83 + y / 131) + 0.1 * std::cos(y / 57) +
            0.02 * std::sin(x * 0.9) * std::sin(y * 0.7);

@@ -8,7 +8,7 @@
 
 #include "WidestVectors.h"
 
-// Colours to full-range BT.601, for kernels that go over many pixels.
+// Colors to full-range BT.601, for kernels that go over many pixels.
 namespace android {
 
 // The definition is in double precision. Sums of a block of pixels are taken in fixed point first: where none of them
@@ -28,34 +28,34 @@ constexpr Weights kLuma{0.299, 0.587, 0.114, 0};
 constexpr Weights kU{-0.14713, -0.28886, 0.436, 128};
 constexpr Weights kV{0.615, -0.51498, -0.10001, 128};
 
-struct Colour {
+struct Color {
     int32_t r, g, b;
 };
 
 /** Of a pixel read as one little-endian word. */
-QUILL_KERNEL Colour colourOf(uint32_t pixel) {
+QUILL_KERNEL Color colorOf(uint32_t pixel) {
     return {static_cast<int32_t>(pixel & 0xFF), static_cast<int32_t>(pixel >> 8 & 0xFF),
             static_cast<int32_t>(pixel >> 16 & 0xFF)};
 }
 
-QUILL_KERNEL Colour colourAt(const uint8_t* rgba) {
+QUILL_KERNEL Color colorAt(const uint8_t* rgba) {
     uint32_t pixel;
     memcpy(&pixel, rgba, sizeof pixel);
-    return colourOf(pixel);
+    return colorOf(pixel);
 }
 
 /** Of the first of two pixels. Both are read: vectors are made of loads that leave no gaps. */
-QUILL_KERNEL Colour firstColourAt(const uint8_t* rgba) {
+QUILL_KERNEL Color firstColorAt(const uint8_t* rgba) {
     uint64_t pixels;
     memcpy(&pixels, rgba, sizeof pixels);
-    return colourOf(static_cast<uint32_t>(pixels));
+    return colorOf(static_cast<uint32_t>(pixels));
 }
 
 /**
  * The definition: truncated toward zero and bounded above only. Strong cyan goes below zero and keeps its low eight
  * bits, on purpose: these bytes are part of the interface.
  */
-QUILL_KERNEL uint8_t exact(const Colour& c, const Weights& w) {
+QUILL_KERNEL uint8_t exact(const Color& c, const Weights& w) {
     const double sum = c.r * w.r + c.g * w.g + c.b * w.b + w.offset;
     return static_cast<uint8_t>(static_cast<int>(std::min(sum, 255.0)));
 }
@@ -65,7 +65,7 @@ constexpr int32_t fixedPoint(double value) {
 }
 
 /** The sum, a margin too high. */
-QUILL_KERNEL int32_t fixedSum(const Colour& c, const Weights& w) {
+QUILL_KERNEL int32_t fixedSum(const Color& c, const Weights& w) {
     return c.r * fixedPoint(w.r) + c.g * fixedPoint(w.g) + c.b * fixedPoint(w.b) + fixedPoint(w.offset) + kMargin;
 }
 
@@ -86,7 +86,7 @@ template <ptrdiff_t kCount>
 QUILL_KERNEL bool fastLuma(const uint8_t* __restrict rgba, uint8_t* __restrict luma) {
     uint32_t least = UINT32_MAX;
     for (ptrdiff_t i = 0; i < kCount; ++i) {
-        const int32_t y = fixedSum(colourAt(rgba + kPixelBytes * i), kLuma);
+        const int32_t y = fixedSum(colorAt(rgba + kPixelBytes * i), kLuma);
         least = std::min(least, fraction(y));
         luma[i] = static_cast<uint8_t>(y >> kFractionBits);
     }
@@ -94,7 +94,7 @@ QUILL_KERNEL bool fastLuma(const uint8_t* __restrict rgba, uint8_t* __restrict l
 }
 
 QUILL_KERNEL void exactLuma(const uint8_t* __restrict rgba, ptrdiff_t count, uint8_t* __restrict luma) {
-    for (ptrdiff_t i = 0; i < count; ++i) luma[i] = exact(colourAt(rgba + kPixelBytes * i), kLuma);
+    for (ptrdiff_t i = 0; i < count; ++i) luma[i] = exact(colorAt(rgba + kPixelBytes * i), kLuma);
 }
 
 }  // namespace android

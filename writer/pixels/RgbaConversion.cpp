@@ -10,9 +10,9 @@ constexpr ptrdiff_t kBlock = 32;  // pixels, or chroma pairs
 QUILL_KERNEL bool fastChroma(const uint8_t* __restrict rgba, uint8_t* __restrict chroma) {
     uint32_t least = UINT32_MAX;
     for (ptrdiff_t i = 0; i < kBlock; ++i) {
-        const Colour colour = firstColourAt(rgba + kPairBytes * i);
-        const int32_t u = fixedSum(colour, kU);
-        const int32_t v = fixedSum(colour, kV);
+        const Color color = firstColorAt(rgba + kPairBytes * i);
+        const int32_t u = fixedSum(color, kU);
+        const int32_t v = fixedSum(color, kV);
         least = std::min(least, std::min(fraction(u), fraction(v)));
         const auto pair = static_cast<uint16_t>(static_cast<uint32_t>(u >> kFractionBits) | truncated(v) << 8);
         memcpy(chroma + 2 * i, &pair, sizeof pair);
@@ -22,9 +22,9 @@ QUILL_KERNEL bool fastChroma(const uint8_t* __restrict rgba, uint8_t* __restrict
 
 QUILL_KERNEL void exactChroma(const uint8_t* __restrict rgba, ptrdiff_t pairs, uint8_t* __restrict chroma) {
     for (ptrdiff_t i = 0; i < pairs; ++i) {
-        const Colour colour = colourAt(rgba + kPairBytes * i);
-        chroma[2 * i] = exact(colour, kU);
-        chroma[2 * i + 1] = exact(colour, kV);
+        const Color color = colorAt(rgba + kPairBytes * i);
+        chroma[2 * i] = exact(color, kU);
+        chroma[2 * i + 1] = exact(color, kV);
     }
 }
 

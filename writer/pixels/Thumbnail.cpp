@@ -50,13 +50,13 @@ struct YuvFrame {
     }
 };
 
-/** Colours become luma and chroma as they are sampled; chroma is that of the top left pixel of four. */
+/** Colors become luma and chroma as they are sampled; chroma is that of the top left pixel of four. */
 struct RgbaFrame {
     const uint8_t* first;
     ptrdiff_t pitch;
 
     QUILL_KERNEL const uint8_t* at(int x, int y) const { return first + y * pitch + x * kPixelBytes; }
-    QUILL_KERNEL int lumaAt(int x, int y) const { return exact(colourAt(at(x, y)), kLuma); }
+    QUILL_KERNEL int lumaAt(int x, int y) const { return exact(colorAt(at(x, y)), kLuma); }
     QUILL_KERNEL int meanLuma(int x, int y) const {
         uint8_t pixels[kSamples * kPixelBytes], luma[kSamples];
         uint8_t* next = pixels;
@@ -72,8 +72,8 @@ struct RgbaFrame {
         return sum / kSamples;
     }
     QUILL_KERNEL Pair pairAt(int x, int y) const {
-        const Colour colour = colourAt(at(x & ~1, y & ~1));
-        return {exact(colour, kU), exact(colour, kV)};
+        const Color color = colorAt(at(x & ~1, y & ~1));
+        return {exact(color, kU), exact(color, kV)};
     }
 };
 

@@ -52,12 +52,12 @@ class CameraFrameTest {
     void copy_GivesTheSamplesOfAnyLayout(ColorFormat format, int sampleBytes, int uAt, int vAt, int pixelStride) {
         Random random = new Random(1);
         for (int padding : new int[] {0, 2, 34}) {
-            for (boolean grey : new boolean[] {false, true}) {
+            for (boolean gray : new boolean[] {false, true}) {
                 byte[] y = new byte[kWidth * kHeight * sampleBytes];
                 byte[] u = new byte[y.length / 4];
                 byte[] v = new byte[y.length / 4];
                 for (byte[] plane : new byte[][] {y, u, v}) random.nextBytes(plane);
-                if (grey) {  // but for one sample, which tells the planes apart
+                if (gray) {  // but for one sample, which tells the planes apart
                     Arrays.fill(u, (byte) 0);
                     Arrays.fill(v, (byte) 0);
                     v[v.length / 2] = 9;
