@@ -13,6 +13,9 @@ endif()
 
 # What stands before the command of a test.
 set(QUILL_TEST_LAUNCHER /usr/bin/env QUILL_CLOCK_STRETCH=${QUILL_SLOWNESS})
+if(QUILL_SANITIZE OR QUILL_VALGRIND)
+  list(APPEND QUILL_TEST_LAUNCHER QUILL_WATCHED=1)
+endif()
 if(QUILL_SLOWNESS GREATER 5)  # x265 is not what is looked at
   list(APPEND QUILL_TEST_LAUNCHER QUILL_PROPERTIES=debug.quill.host.x265.preset=ultrafast)
 endif()
