@@ -20,10 +20,14 @@ install_command() {
     local prefix sudo
     choose_prefix "$@"
     build release quill_classes quill_texts
-    logged $sudo cmake --install "$root/build/release" --prefix "$prefix" || die "cannot install into $prefix"
-    $sudo rm "$root/build/release/install_manifest.txt"  # the list in the prefix counts, and this one may be root's
+    # The list in the prefix is written last but for one in the build folder, which may be another user's.
+    local list=$prefix/share/quill/installed.txt
+    $sudo rm -f "$list"
+    logged $sudo cmake --install "$root/build/release" --prefix "$prefix" || [ -e "$list" ] ||
+        die "cannot install into $prefix"
+    $sudo rm -f "$root/build/release/install_manifest.txt" 2>/dev/null || true
     # So that programs find the libraries, where the loader looks into the prefix at all.
-    [ "$(id -u)" != 0 ] && [ -z "$sudo" ] || logged $sudo ldconfig || true
+    [ "$(id -u)" != 0 ] && [ -z "$sudo" ] || logged $sudo /sbin/ldconfig || true
     echo "Installed: $prefix/bin/quill"
     case :$PATH: in *":$prefix/bin:"*) ;; *) echo "PATH has no $prefix/bin yet" ;; esac
 }
