@@ -25,9 +25,10 @@ constexpr Geometry kSmall{300, 200, 300, 200}, kSixTiles{1000, 1100, 1024, 1104}
 
 /** A started encoder that logs errors only, and its frame. */
 struct Encoding {
-    explicit Encoding(const Geometry& geometry = kSmall, const char* verbosity = "0")
+    explicit Encoding(const Geometry& geometry = kSmall, const char* verbosity = "0", const char* engine = "free")
             : frame(makeFrame(FORMAT_NV12, geometry)) {
-        setProperties(std::string("debug.quill.host.x265.preset=ultrafast,debug.quill.video.log.enable=") + verbosity);
+        setProperties(std::string("debug.quill.host.encoder=") + engine +
+                      ",debug.quill.host.x265.preset=ultrafast,debug.quill.video.log.enable=" + verbosity);
         encoder = new QuillHeifEncoder(geometry.width, geometry.height, geometry.stride, geometry.sliceHeight,
                                        FORMAT_NV12, 90);
         EXPECT_EQ(OK, encoder->initializeCodec());
@@ -67,7 +68,7 @@ TEST(EncoderFrame, EveryTileIsQueuedOnceWithItsTime) {
 
 // A buffer comes back with the tile that it carried last. What an edge tile leaves of that would be coded again.
 TEST(EncoderFrame, EdgeTilesAreEmptyBesideThePicture) {
-    Encoding coding({1040, 2064, 1040, 2064});  // 16 columns and rows in the last tiles
+    Encoding coding({1040, 2064, 1040, 2064}, "0", "x265");  // 16 columns and rows in the last tiles
     std::minstd_rand random(1);
     for (size_t i = 0; i < coding.frame.bytes.size(); ++i) {
         const bool inWholeTile = i % 1040 < 1024 && i / 1040 < 2048;
