@@ -107,10 +107,10 @@ bool isJpegSize(const ThumbnailSize& size) {
 int compressThumbnail(const uint8_t* nv12, const ThumbnailSize& size, uint8_t* out, size_t capacity) {
     if (!isJpegSize(size)) return -1;
     const int32_t samples = size.lumaSamples();
-    // A chroma row more than there is: an odd number of rows would end in half of one.
-    const size_t spareRow = 2 * static_cast<size_t>(size.width);
-    const std::unique_ptr<uint8_t[]> planar(new (std::nothrow)
-                                                    uint8_t[static_cast<size_t>(size.yuvBytes()) + spareRow]());
+    // A chroma row more than there is: an odd number of rows would end in half of one. And the library reads each row
+    // to the end of its last block.
+    const size_t spare = 2 * static_cast<size_t>(size.width) + DCTSIZE;
+    const std::unique_ptr<uint8_t[]> planar(new (std::nothrow) uint8_t[static_cast<size_t>(size.yuvBytes()) + spare]());
     if (planar == nullptr) return -1;
     splitNv12(nv12, samples, planar.get(), planar.get() + samples, planar.get() + samples + samples / 4);
 
