@@ -18,6 +18,7 @@
 #include "RateControl.h"
 #include "support/ChildProcess.h"
 #include "support/TemporaryFiles.h"
+#include "support/Watched.h"
 
 namespace {
 
@@ -136,7 +137,7 @@ TEST(HevcEngine, EverySizeIsCodedWithEveryPreset) {
 TEST(HevcEngine, SizeGrowsWithEveryStepOfQuality) {
     const PlanarPicture picture = photograph(512, 512);
     std::vector<size_t> sizes = {0, 0};
-    for (int quality = getenv("QUILL_WATCHED") == nullptr ? 0 : 95; quality <= 100; ++quality) {
+    for (int quality = quill::test::isWatched() ? 95 : 0; quality <= 100; ++quality) {
         const size_t size = codeWith(engineFor(512, 512, qpForQuality(quality)), picture).size();
         // With so small a picture one step may shrink the stream by a few bytes; two steps never do.
         EXPECT_NE(size, sizes.back()) << quality;

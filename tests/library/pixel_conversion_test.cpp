@@ -1,10 +1,9 @@
 // Colors of RGBA frames as they are defined. What the other layouts give is held by their digests.
-#include <cstdlib>
-
 #include <gtest/gtest.h>
 
 #include "Nv12Conversion.h"
 #include "support/CameraFrames.h"
+#include "support/Watched.h"
 
 namespace {
 
@@ -32,7 +31,7 @@ INSTANTIATE_TEST_SUITE_P(, PixelConversionByWidth, testing::ValuesIn(kWidths),
                          [](const auto& width) { return std::to_string(128 << static_cast<int>(width.param)); });
 
 // A run that watches memory takes some of the pairs of red and green.
-const size_t kStep = getenv("QUILL_WATCHED") == nullptr ? 1 : 41;
+const size_t kStep = isWatched() ? 41 : 1;
 
 // Colors are converted many at a time, and one whose sums come close to whole numbers sends its neighbours along the
 // careful way. So each stands alone among as many pixels as go together at most, between pixels that take the fast way.

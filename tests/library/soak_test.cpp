@@ -1,7 +1,6 @@
 // What thousands of stills in one process leave behind, and many writers at work at the same time.
 #include <gmock/gmock.h>
 #include <malloc.h>
-#include <stdlib.h>
 
 #include <algorithm>
 #include <functional>
@@ -13,6 +12,7 @@
 #include "support/Photograph.h"
 #include "support/Still.h"
 #include "support/TestDevice.h"
+#include "support/Watched.h"
 
 namespace {
 
@@ -39,12 +39,11 @@ TEST(Soak, TwoThousandStillsLeaveNothingBehind) {
     mallopt(M_ARENA_MAX, 1);  // each further one counts as memory in use, and which thread makes one is chance
     writeStills(20);          // what is kept once per process is there afterwards
     // Where memory is watched, the heap counts no bytes, and each block that is lost is reported at exit.
-    const bool watched = getenv("QUILL_WATCHED") != nullptr;
     const Holdings before = Holdings::now();
     const size_t start = heapBytes();
-    writeStills(watched ? 200 : 2000);
+    writeStills(isWatched() ? 200 : 2000);
     EXPECT_EQ("", leakedSince(before));
-    if (watched) return;
+    if (isWatched()) return;
     const size_t end = heapBytes();
     printf("2000 stills, free codec: heap in use %zu -> %zu bytes\n", start, end);
     EXPECT_LE(end, start + 32 * 1000) << "more than half of two thousand of the smallest blocks there are";
