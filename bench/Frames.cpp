@@ -58,7 +58,7 @@ Bytes cameraExif() {
     const Bytes jpeg = readPhotograph(kPhotograph);
     const auto head = std::search(jpeg.begin(), jpeg.end(), kHead.begin(), kHead.end());
     if (head == jpeg.end()) throw std::runtime_error(photographPath(kPhotograph) + " has no EXIF block");
-    return {head, head + head[-2] * 256 + head[-1] - 2};
+    return {head, head + ptrdiff_t{head[-2]} * 256 + head[-1] - 2};
 }
 
 Bytes cameraFrame(Format format, const Geometry& g) {

@@ -91,7 +91,8 @@ std::vector<Row> makeRows() {
                                                       {"-rgba", FORMAT_RGBA8888}};
     const std::pair<std::string, Geometry> sizes[] = {{"1mp", mp1}, {"12mp", mp12}, {"48mp", mp48}, {"200mp", mp200}};
     for (const auto& [layout, format] : layouts) {
-        for (const auto& [size, geometry] : sizes) rows.push_back(memory("memory/" + size + layout, format, geometry));
+        for (const auto& [size, geometry] : sizes)
+            rows.push_back(memory(std::string("memory/").append(size).append(layout), format, geometry));
     }
     return rows;
 }

@@ -38,7 +38,7 @@ bool print(const Row& row, const Figures& figures) {
 
 void run(const Row& row, benchmark::State& state, Tally* tally) {
     try {
-        for (auto _ : state) {
+        for (auto _ : state) {  // NOLINT(clang-analyzer-deadcode.DeadStores)
             const Figures figures = row.measure();
             state.counters["measured"] = figures.measured;
             state.counters["bound"] = figures.bound;

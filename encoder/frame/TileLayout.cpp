@@ -86,7 +86,8 @@ void fillSurfaceTile(uint8_t* destination, const uint8_t* frame, const FrameForm
     copyTile(destination, frame, copies);
     const int64_t rowBytes = int64_t{format.sampleBytes} * kTileSide;
     repeatEdges(destination, copies.planes[0], format.sampleBytes, rowBytes, kTileSide);
-    if (copies.count > 1) repeatEdges(destination, copies.planes[1], 2 * format.sampleBytes, rowBytes, kHalfSide);
+    if (copies.count > 1)
+        repeatEdges(destination, copies.planes[1], int64_t{2} * format.sampleBytes, rowBytes, kHalfSide);
 }
 
 }  // namespace android

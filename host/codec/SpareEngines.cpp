@@ -47,7 +47,7 @@ void keepSpareEngine(const EngineSettings& settings, std::unique_ptr<HevcEngine>
     Spares& to = spares();
     const std::lock_guard<std::mutex> guard(to.lock);
     to.list.push_back({settings, std::move(engine)});
-    if (to.list.size() > 2 * std::max(1u, std::thread::hardware_concurrency())) {
+    if (to.list.size() > size_t{2} * std::max(1u, std::thread::hardware_concurrency())) {
         tooMany.splice(tooMany.end(), to.list, to.list.begin());
     }
 }

@@ -38,7 +38,8 @@ std::vector<fs::path> javaHomes() {
     std::vector<fs::path> homes;
     if (const char* const home = getenv("JAVA_HOME")) homes.emplace_back(home);
     homes.emplace_back(QUILL_JAVA_HOME);
-    std::istringstream folders(getenv("PATH") == nullptr ? "" : getenv("PATH"));
+    const char* const path = getenv("PATH");
+    std::istringstream folders(path == nullptr ? "" : path);
     std::error_code missing;
     for (std::string folder; std::getline(folders, folder, ':');) {
         const fs::path java = fs::canonical(fs::path(folder) / "java", missing);
@@ -86,7 +87,7 @@ std::vector<std::string> vmOptions(const fs::path& vm) {
             "-Djava.class.path=" + classPath + QUILL_JARS_OF_OTHERS,
             "-Djava.library.path=" + libraries.string() + ":" QUILL_LIBRARIES_OF_OTHERS,
             "-Djava.awt.headless=true",
-            "-Dquill.version=" QUILL_VERSION,
+            std::string("-Dquill.version=") + QUILL_VERSION,
             // A 64-megapixel photograph needs its pixels twice. The heap is as large as that asks for, and no larger.
             "-XX:MaxRAMPercentage=75",
             "-Xms16m",
@@ -117,6 +118,7 @@ JNIEnv* startVm() {
     }
     std::vector<std::string> texts = vmOptions(vm);
     std::vector<JavaVMOption> options;
+    options.reserve(texts.size());
     for (std::string& text : texts) options.push_back({text.data(), nullptr});
     JavaVMInitArgs arguments{JNI_VERSION_1_6, static_cast<jint>(options.size()), options.data(), JNI_FALSE};
     JavaVM* started = nullptr;

@@ -20,7 +20,7 @@
 #include "support/TestDevice.h"
 
 // There when a sanitizer looks for leaks.
-extern "C" int __lsan_do_recoverable_leak_check() __attribute__((weak));
+extern "C" int __lsan_do_recoverable_leak_check() __attribute__((weak));  // NOLINT(bugprone-reserved-identifier)
 
 namespace {
 
@@ -164,7 +164,7 @@ bool endsWithTheCodec(const Case& test) {
 }
 
 std::string readBack(const App& app) {
-    const std::string text = app.fileText();
+    std::string text = app.fileText();
     if (text.find(" still") != 0) return text;
     const ReadStill read = readStill(app.output.path(), false);
     return read.error.empty() ? text : text + " (" + read.error + ")";

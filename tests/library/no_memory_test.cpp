@@ -16,7 +16,7 @@
 #include "support/TestDevice.h"
 
 // Where the program's code lies, as its linker says it.
-extern "C" const char __executable_start, etext;
+extern "C" const char __executable_start, etext;  // NOLINT(bugprone-reserved-identifier)
 
 namespace {
 

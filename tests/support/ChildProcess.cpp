@@ -11,7 +11,7 @@
 #include "support/TemporaryFiles.h"
 
 /** There in builds that count coverage, which otherwise is written by the exit handlers. */
-extern "C" [[gnu::weak]] void __gcov_dump();
+extern "C" [[gnu::weak]] void __gcov_dump();  // NOLINT(bugprone-reserved-identifier)
 
 namespace quill::test {
 

@@ -128,7 +128,7 @@ void FakeVm::Array::assign(const std::vector<uint8_t>& bytes) {
 
 std::vector<uint8_t> FakeVm::Array::bytes() {
     const int8_t* const data = pin();
-    const std::vector<uint8_t> copy(data, data + size());
+    std::vector<uint8_t> copy(data, data + size());
     unpin();
     return copy;
 }

@@ -20,7 +20,9 @@ class GuardedMemory {
               mPages(static_cast<int8_t*>(
                       mmap(nullptr, mMapped + kPage, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0))) {}
     /** Gives the memory back and keeps the addresses. */
-    ~GuardedMemory() { mmap(mPages, mMapped + kPage, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0); }
+    ~GuardedMemory() {
+        static_cast<void>(mmap(mPages, mMapped + kPage, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0));
+    }
     GuardedMemory(const GuardedMemory&) = delete;
     GuardedMemory& operator=(const GuardedMemory&) = delete;
 

@@ -40,7 +40,7 @@ struct YuvFrame {
         int sum = 0;
         for (int row = 0; row < kSamplesInRow; ++row) {
             const uint8_t* const sample = luma.at(x, y + row * kSampleSpacing);
-            for (int i = 0; i < kSamplesInRow; ++i) sum += sample[i * kSampleSpacing * luma.column];
+            for (int i = 0; i < kSamplesInRow; ++i) sum += sample[ptrdiff_t{i} * kSampleSpacing * luma.column];
         }
         return sum / kSamples;
     }
@@ -63,7 +63,7 @@ struct RgbaFrame {
         for (int row = 0; row < kSamplesInRow; ++row) {
             const uint8_t* const sample = at(x, y + row * kSampleSpacing);
             for (int i = 0; i < kSamplesInRow; ++i, next += kPixelBytes) {
-                memcpy(next, sample + i * kSampleSpacing * kPixelBytes, kPixelBytes);
+                memcpy(next, sample + ptrdiff_t{i} * kSampleSpacing * kPixelBytes, kPixelBytes);
             }
         }
         if (!fastLuma<kSamples>(pixels, luma)) exactLuma(pixels, kSamples, luma);
